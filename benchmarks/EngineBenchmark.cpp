@@ -1,0 +1,105 @@
+// Real-time factor of the processor at 48 kHz: a held note and a bass pattern.
+#include "audio/PluginProcessor.h"
+
+#include <juce_events/juce_events.h>
+
+#include <benchmark/benchmark.h>
+
+#include <memory>
+
+namespace
+{
+constexpr double rate = 48000.0;
+constexpr int blockSize = 512;
+
+struct Rig
+{
+    juce::ScopedJuceInitialiser_GUI juce;
+    std::unique_ptr<morvane::MorvaneAudioProcessor> processor = std::make_unique<morvane::MorvaneAudioProcessor>();
+    juce::AudioBuffer<float> buffer { 2, blockSize };
+    juce::MidiBuffer midi;
+
+    Rig()
+    {
+        processor->setRateAndBufferSizeDetails (rate, blockSize);
+        processor->prepareToPlay (rate, blockSize);
+        midi.ensureSize (1024);
+    }
+
+    void set (const char* id, float value)
+    {
+        auto* p = processor->getParameterTree().getParameter (id);
+        p->setValueNotifyingHost (p->convertTo0to1 (value));
+    }
+
+    // A richer patch than the default: two bright oscillators with morph.
+    void busyPatch()
+    {
+        set ("osc1Wave", 5.0f);
+        set ("osc1DcwDepth", 0.8f);
+        set ("osc2Wave", 8.0f);
+        set ("osc2Level", -3.0f);
+        set ("pdMorphAmount", 0.3f);
+        set ("glideTime", 0.03f);
+    }
+};
+
+void reportRealTime (benchmark::State& state, long samples)
+{
+    state.counters["audio_s"] = benchmark::Counter ((double) samples / rate, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+    state.counters["x_real_time"] = benchmark::Counter ((double) samples / rate, benchmark::Counter::kIsRate);
+}
+
+void HeldNote (benchmark::State& state)
+{
+    Rig rig;
+    if (state.range (0) != 0)
+        rig.busyPatch();
+    rig.midi.addEvent (juce::MidiMessage::noteOn (1, 36, 1.0f), 0);
+    rig.processor->processBlock (rig.buffer, rig.midi);
+    rig.midi.clear();
+
+    long samples = 0;
+    for (auto _ : state)
+    {
+        rig.processor->processBlock (rig.buffer, rig.midi);
+        benchmark::DoNotOptimize (rig.buffer.getReadPointer (0)[0]);
+        samples += blockSize;
+    }
+    reportRealTime (state, samples);
+}
+
+void NotePattern (benchmark::State& state)
+{
+    Rig rig;
+    if (state.range (0) != 0)
+        rig.busyPatch();
+
+    // Sixteenth notes at 128 BPM, about 5625 samples apart, cycling through a bass line.
+    const int notes[] = { 36, 36, 48, 39, 36, 43, 41, 34 };
+    constexpr int step = 5625;
+    long position = 0, samples = 0;
+    int index = 0;
+    for (auto _ : state)
+    {
+        rig.midi.clear();
+        const long blockEnd = position + blockSize;
+        for (long t = (position + step - 1) / step * step; t < blockEnd; t += step)
+        {
+            const int offset = (int) (t - position);
+            rig.midi.addEvent (juce::MidiMessage::noteOff (1, notes[(index + 7) % 8]), offset);
+            rig.midi.addEvent (juce::MidiMessage::noteOn (1, notes[index % 8], 0.9f), offset);
+            ++index;
+        }
+        rig.processor->processBlock (rig.buffer, rig.midi);
+        benchmark::DoNotOptimize (rig.buffer.getReadPointer (0)[0]);
+        position = blockEnd;
+        samples += blockSize;
+    }
+    reportRealTime (state, samples);
+}
+}
+
+BENCHMARK (HeldNote)->Arg (0)->Arg (1)->ArgName ("busy")->Unit (benchmark::kMicrosecond);
+BENCHMARK (NotePattern)->Arg (0)->Arg (1)->ArgName ("busy")->Unit (benchmark::kMicrosecond);
+BENCHMARK_MAIN();

@@ -1,0 +1,118 @@
+#pragma once
+
+#include "audio/UiCommand.h"
+#include "engine/VoiceEngine.h"
+
+#include <juce_audio_processors/juce_audio_processors.h>
+
+#include <array>
+#include <atomic>
+#include <memory>
+#include <vector>
+
+namespace morvane
+{
+class MorvaneAudioProcessor : public juce::AudioProcessor,
+                              private juce::Timer
+{
+public:
+    MorvaneAudioProcessor();
+    ~MorvaneAudioProcessor() override;
+
+    const juce::String getName() const override { return "Morvane"; }
+
+    void prepareToPlay (double sampleRate, int maximumExpectedSamplesPerBlock) override;
+    void releaseResources() override {}
+    void processBlock (juce::AudioBuffer<float>&, juce::MidiBuffer&) override;
+    void processBlock (juce::AudioBuffer<double>&, juce::MidiBuffer&) override {}
+    bool supportsDoublePrecisionProcessing() const override { return false; }
+
+    double getTailLengthSeconds() const override { return 0.0; }
+    bool acceptsMidi() const override { return true; }
+    bool producesMidi() const override { return false; }
+    bool supportsMPE() const override { return false; }
+    bool isMidiEffect() const override { return false; }
+    void reset() override {}
+
+    juce::AudioProcessorEditor* createEditor() override;
+    bool hasEditor() const override { return true; }
+
+    int getNumPrograms() override { return 1; }
+    int getCurrentProgram() override { return 0; }
+    void setCurrentProgram (int) override {}
+    const juce::String getProgramName (int) override { return {}; }
+    void changeProgramName (int, const juce::String&) override {}
+
+    void getStateInformation (juce::MemoryBlock& destData) override;
+    void setStateInformation (const void* data, int sizeInBytes) override;
+
+    bool isBusesLayoutSupported (const BusesLayout& layouts) const override;
+
+    // Editor side: non-blocking pushes onto the command ring. A full ring drops the command.
+    void pushNoteOn (int note, float velocity);
+    void pushNoteOff (int note);
+    void pushPitchBend (float value);
+    void pushModWheel (float value);
+    void pushAftertouch (float value);
+    void pushPanic();
+
+    float getPeakDb() const noexcept { return peakDb.load(); }
+    float getCpuPercent() const noexcept { return cpuPercent.load(); }
+    juce::AudioProcessorValueTreeState& getParameterTree() noexcept { return parameters; }
+    juce::UndoManager& getUndoManager() noexcept { return undoManager; }
+
+    const VoiceEngine& getEngine() const noexcept { return engine; }
+    int getHeldCount() const noexcept { return heldCount; }
+
+    static constexpr int ringSize = 256;
+    static constexpr int maxHeldNotes = 128;
+
+private:
+    void push (UiCommand::Type type, int note, float value) noexcept;
+    void drainCommands() noexcept;
+    void handleMidi (const juce::MidiMessageMetadata& event) noexcept;
+    void handleController (int number, int value, int samplePosition) noexcept;
+    void noteOn (int note, float velocity) noexcept;
+    void noteOff (int note) noexcept;
+    void panic() noexcept;
+    void removeHeld (int note) noexcept;
+    void updateReadouts (const juce::AudioBuffer<float>& buffer, juce::int64 startTicks) noexcept;
+    void timerCallback() override;
+
+    juce::UndoManager undoManager { 30000, 30 };
+    juce::AudioProcessorValueTreeState parameters;
+    VoiceEngine engine;
+
+    std::array<HeldNote, maxHeldNotes> heldNotes {};
+    int heldCount = 0;
+
+    std::vector<juce::RangedAudioParameter*> parameterObjects;
+    std::vector<std::atomic<float>*> parameterValues;
+    std::atomic<float>* lfoSyncBpmValue = nullptr;
+    std::atomic<float>* legatoValue = nullptr;
+
+    std::array<std::atomic<int>, 128> ccToParameter;
+    std::atomic<int> midiLearnTarget { -1 };
+    std::unique_ptr<std::atomic<float>[]> pendingNormalised;
+    std::unique_ptr<std::atomic<std::uint8_t>[]> pendingFlags;
+    int pendingCount = 0;
+
+    std::array<UiCommand, ringSize> commandRing {};
+    std::atomic<size_t> commandWrite { 0 };
+    std::atomic<size_t> commandRead { 0 };
+
+    std::atomic<float> cpuPercent { 0.0f };
+    std::atomic<float> peakDb { -120.0f };
+
+    juce::CriticalSection presetLock;
+    juce::String presetName, presetSource;
+    bool presetDirty = false;
+    int activeView = 0;
+    bool loadingPreset = false;
+    std::atomic<bool> panicRequested { false };
+
+    double currentSampleRate = 44100.0;
+
+    JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (MorvaneAudioProcessor)
+};
+}

@@ -1,0 +1,149 @@
+#include "engine/PdOscillator.h"
+
+#include "engine/WaveShape.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace morvane
+{
+float blep (float t, float dt) noexcept
+{
+    if (dt <= 0.0f)
+        return 0.0f;
+
+    if (t < dt)
+    {
+        const float u = t / dt;
+        return 2.0f * u - u * u - 1.0f;
+    }
+
+    if (t > 1.0f - dt)
+    {
+        const float v = (t - 1.0f) / dt;
+        return v * v + 2.0f * v + 1.0f;
+    }
+
+    return 0.0f;
+}
+
+void PdOscillator::prepare (double oversampledRate) noexcept
+{
+    sampleRate = oversampledRate;
+    inverseRate = oversampledRate > 0.0 ? (float) (1.0 / oversampledRate) : 0.0f;
+    phase = 0.0f;
+    wrapped = false;
+    wrapFraction = 0.0f;
+    pendingStep = 0.0f;
+    fadeLength = std::max ((int) (oversampledRate * 0.005 + 0.5), 1);
+    fadeCounter = 0;
+    if (oversampledRate > 0.0)
+        dcwEnvelope.setSampleRate (oversampledRate);
+}
+
+void PdOscillator::setWave (int newWave) noexcept
+{
+    wave = std::clamp (newWave, 0, numWaves - 1);
+    rmsGain = waveRmsGain()[(size_t) wave];
+}
+
+void PdOscillator::resetPhase (float newPhase) noexcept
+{
+    oldPhase = phase;
+    oldDcw = dcwValue;
+    fadeCounter = fadeLength;
+    phase = newPhase;
+}
+
+float PdOscillator::shapeAt (int w, float p, float dcw) const noexcept
+{
+    if (w == pwmWave)
+        return pulseWidth > p ? 1.0f : -1.0f;
+    return waveShape (w, p, dcw, 16.0f);
+}
+
+float PdOscillator::process() noexcept
+{
+    increment = frequency * inverseRate;
+
+    bool synced = false;
+    float syncStep = 0.0f;
+    if (syncEnabled && syncSource != nullptr && syncSource->wrapped)
+    {
+        const float f = std::clamp (syncSource->wrapFraction, 0.0f, 1.0f);
+        const float before = shapeAt (wave, phase, dcwValue);
+        phase = (1.0f - f) * increment;
+        if (phase >= 1.0f)
+            phase -= std::floor (phase);
+        syncStep = shapeAt (wave, phase, dcwValue) - before;
+        synced = true;
+    }
+
+    const float raw = dcwEnvelope.getNextSample() * dcwDepth;
+    // Bright shapes alias on high notes: DCW falls to 0 at a sixtieth of the oversampled rate.
+    dcwValue = std::min (std::clamp (1.0f - 60.0f * increment, 0.0f, 1.0f), std::clamp (raw, 0.0f, 1.0f));
+
+    float y;
+    if (wave == pwmWave)
+    {
+        const float w = pulseWidth;
+        y = (w > phase ? 1.0f : -1.0f) - (1.0f - 2.0f * w);
+        y += 2.0f * blep (phase, increment);
+        float t = phase - w;
+        if (t < 0.0f)
+            t += 1.0f;
+        y -= 2.0f * blep (t, increment);
+    }
+    else
+    {
+        y = waveShape (wave, phase, dcwValue, 16.0f);
+    }
+
+    y *= rmsGain;
+
+    if (morph > 0.0f && wave != pwmWave)
+    {
+        const int next = (wave + 1) % numWaves;
+        const float n = shapeAt (next, phase, dcwValue);
+        y += (n * waveRmsGain()[(size_t) next] - y) * morph;
+    }
+
+    if (synced && std::abs (syncStep) > 1.0e-9f)
+    {
+        y += blep (phase, increment) * syncStep;
+        pendingStep = -syncStep;
+    }
+    else if (pendingStep != 0.0f)
+    {
+        y += blep (phase + 1.0f - increment, increment) * pendingStep;
+        pendingStep = 0.0f;
+    }
+
+    if (fadeCounter > 0)
+    {
+        const float old = rmsGain * shapeAt (wave, oldPhase, oldDcw);
+        const float x = 1.0f - (float) fadeCounter / (float) fadeLength;
+        const float s = (3.0f - 2.0f * x) * x * x;
+        y = (1.0f - s) * old + s * y;
+        oldPhase += increment;
+        if (oldPhase >= 1.0f)
+            oldPhase -= std::floor (oldPhase);
+        --fadeCounter;
+    }
+
+    phase += increment;
+    if (phase >= 1.0f)
+    {
+        wrapped = true;
+        wrapFraction = increment > 0.0f ? std::clamp (1.0f - (phase - 1.0f) / increment, 0.0f, 1.0f) : 0.0f;
+        phase -= std::floor (phase);
+    }
+    else
+    {
+        wrapped = false;
+        wrapFraction = 0.0f;
+    }
+
+    return y;
+}
+}

@@ -1,0 +1,133 @@
+#pragma once
+
+#include "engine/EngineParameters.h"
+#include "engine/ModMatrix.h"
+#include "engine/PdOscillator.h"
+
+#include <juce_audio_processors/juce_audio_processors.h>
+#include <juce_dsp/juce_dsp.h>
+
+#include <array>
+#include <atomic>
+#include <memory>
+#include <vector>
+
+namespace morvane
+{
+// The one monophonic stereo voice: oscillators to output stage. Everything up to the decimator
+// runs at twice the host rate. Audio-thread only, apart from prepare.
+class VoiceEngine
+{
+public:
+    explicit VoiceEngine (juce::AudioProcessorValueTreeState& tree);
+
+    void prepare (double sampleRate, int maximumBlockSize);
+    int getLatencySamples() const noexcept;
+
+    void startNote (int note, float velocity, bool legato) noexcept;
+    void releaseAll() noexcept;
+
+    // Adds the voice into buffer[startSample, startSample + numSamples); one or two channels.
+    void render (juce::AudioBuffer<float>& buffer, int startSample, int numSamples) noexcept;
+
+    bool isIdle() const noexcept { return ! ampEnvelope.isActive(); }
+
+    // Performance inputs, written by the processor.
+    std::atomic<float> modWheel { 0.0f };
+    std::atomic<float> aftertouch { 0.0f };
+    float pitchBendSemitones = 0.0f;
+    float hostBpm = 120.0f;
+
+    // Live output of each matrix slot, for the editor.
+    std::array<std::atomic<float>, numModSlots> slotOutputs {};
+
+    // Note state.
+    double sampleRate = 44100.0;
+    float currentPitch = 60.0f;
+    float targetPitch = 60.0f;
+    float glideCoefficient = 1.0f;
+    float noteVelocity = 0.0f;
+    float keyTrack = 0.0f;
+    float velToFilterScale = 1.0f;
+    float velToDriveScale = 1.0f;
+    int currentNote = -1;
+    float noteRandom = 0.0f;
+
+    // osc 1 left, osc 1 right, osc 2 left, osc 2 right
+    std::array<PdOscillator, 4> oscillators;
+
+    juce::ADSR ampEnvelope, filterEnvelope, dcw1Envelope, dcw2Envelope;
+
+    std::array<ModSlot, numModSlots> slots;
+    ModSums sums;
+    float lastLfoRateSum = 0.0f;
+    float lastLfoDepthSum = 0.0f;
+    float osc2PhaseSum = 0.0f;
+
+    int antiClickLength = 1;
+    int antiClickCounter = 0;
+
+private:
+    enum EnvelopeGroup { ampGroup, filterGroup, dcw1Group, dcw2Group, numGroups };
+
+    struct EnvelopePointers
+    {
+        std::atomic<float>* attack = nullptr;
+        std::atomic<float>* decay = nullptr;
+        std::atomic<float>* sustain = nullptr;
+        std::atomic<float>* release = nullptr;
+    };
+
+    struct SlotPointers
+    {
+        std::atomic<float>* source = nullptr;
+        std::atomic<float>* destination = nullptr;
+        std::atomic<float>* amount = nullptr;
+        std::atomic<float>* curve = nullptr;
+    };
+
+    juce::SmoothedValue<float>& sm (S s) noexcept { return linear[(size_t) s]; }
+
+    void setSmootherTargets() noexcept;
+    void jumpSmoothersToTargets (bool includeSlowFrequencies) noexcept;
+    void readModSlots() noexcept;
+    juce::ADSR::Parameters readGroup (EnvelopeGroup g) const noexcept;
+    void applyGroup (EnvelopeGroup g, const juce::ADSR::Parameters& p) noexcept;
+    void updateEnvelopeParameters() noexcept;
+    void applySettingsAtNote() noexcept;
+    void updateDiscreteSettings() noexcept;
+    void applyWaves() noexcept;
+    void updateTargetPitch() noexcept;
+    void updateGlideCoefficient() noexcept;
+    void resetPhases (float phaseValue) noexcept;
+
+    void renderChunk (juce::AudioBuffer<float>& buffer, int start, int n) noexcept;
+    void outputStage (juce::AudioBuffer<float>& buffer, int start, int n) noexcept;
+
+    juce::AudioProcessorValueTreeState* tree = nullptr;
+    ParamCache params;
+    std::array<EnvelopePointers, numGroups> groups {};
+    std::array<juce::ADSR::Parameters, numGroups> appliedGroups {};
+    std::array<SlotPointers, numModSlots> slotPointers {};
+    std::atomic<float>* lfo1ShapeValue = nullptr;
+    std::atomic<float>* lfo1SyncValue = nullptr;
+    juce::NormalisableRange<float> lfoRateRange { 0.05f, 20.0f };
+
+    std::array<juce::SmoothedValue<float>, (size_t) S::count> linear;
+    juce::SmoothedValue<float, juce::ValueSmoothingTypes::Multiplicative> cutoff { 20000.0f };
+    juce::SmoothedValue<float, juce::ValueSmoothingTypes::Multiplicative> lowCross { 200.0f };
+    juce::SmoothedValue<float, juce::ValueSmoothingTypes::Multiplicative> highCross { 2200.0f };
+    juce::SmoothedValue<float, juce::ValueSmoothingTypes::Multiplicative> notchHz { 800.0f };
+
+    juce::Random noteRandomGenerator { 0x51A7E11 };
+
+    std::unique_ptr<juce::dsp::Oversampling<float>> oversampler;
+    juce::AudioBuffer<float> dryBuffer;
+    std::vector<float> gainBuffer, noisePostLeft, noisePostRight;
+    int maxChunk = 64;
+
+    int mode = 0;
+    int detuneMode = 0;
+    bool autoMakeup = false;
+};
+}

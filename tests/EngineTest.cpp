@@ -1,0 +1,245 @@
+#include "TestHelpers.h"
+
+#include "engine/VoiceEngine.h"
+#include "engine/WaveShape.h"
+
+#include <gtest/gtest.h>
+
+using namespace morvane;
+using namespace morvane::test;
+
+namespace
+{
+// An engine on a processor's parameter tree, driven directly.
+struct EngineRig
+{
+    MorvaneAudioProcessor processor;
+    VoiceEngine engine { processor.getParameterTree() };
+    juce::AudioBuffer<float> buffer { 2, 4096 };
+
+    explicit EngineRig (double rate = 48000.0, int block = 512) { engine.prepare (rate, block); }
+
+    void set (const juce::String& id, float v) { setParameter (processor, id, v); }
+
+    void render (int n)
+    {
+        buffer.setSize (2, n, false, false, true);
+        buffer.clear();
+        engine.render (buffer, 0, n);
+    }
+};
+
+double renderedFrequency (MorvaneAudioProcessor& p, int note, double rate = 48000.0)
+{
+    const auto out = renderProcessor (p, (int) rate, 512, { { 0, note, 1.0f } });
+    const int skip = (int) (rate * 0.1);
+    return zeroCrossingFrequency (out.getReadPointer (0) + skip, out.getNumSamples() - skip, rate);
+}
+}
+
+TEST (Engine, NoteSixtyNineSoundsAt440Hz)
+{
+    for (double rate : { 44100.0, 48000.0, 96000.0 })
+    {
+        auto p = makePrepared (rate, 512);
+        EXPECT_NEAR (renderedFrequency (*p, 69, rate), 440.0, 0.05) << rate;
+    }
+}
+
+TEST (Engine, PitchFollowsNoteTuneBendAndOctave)
+{
+    {
+        auto p = makePrepared();
+        EXPECT_NEAR (renderedFrequency (*p, 45), 110.0, 0.02);
+    }
+    {
+        auto p = makePrepared();
+        setParameter (*p, "osc1Semitone", 7.0f);
+        setParameter (*p, "osc1Fine", 50.0f);
+        EXPECT_NEAR (renderedFrequency (*p, 57), 220.0 * std::pow (2.0, 7.5 / 12.0), 0.05);
+    }
+    {
+        auto p = makePrepared();
+        setParameter (*p, "octave", 1.0f); // "-1"
+        EXPECT_NEAR (renderedFrequency (*p, 69), 220.0, 0.05);
+    }
+    {
+        auto p = makePrepared();
+        p->pushPitchBend (1.0f);
+        EXPECT_NEAR (renderedFrequency (*p, 69), 440.0 * std::pow (2.0, 1.99976 / 12.0), 0.1);
+    }
+}
+
+TEST (Engine, DefaultPatchLevelIsTheOutputGain)
+{
+    auto p = makePrepared();
+    const auto out = renderProcessor (*p, 48000, 512, { { 0, 69, 1.0f } });
+    // A DCW-0 saw is a cosine of the saw's loudness, at the default output of -6 dB, on both sides.
+    for (int ch = 0; ch < 2; ++ch)
+    {
+        const float* x = out.getReadPointer (ch) + 4800;
+        EXPECT_NEAR (peak (x, 40000), 0.5f * waveRmsGain()[0], 0.005f);
+        EXPECT_NEAR (rms (x, 40000), 0.5 * waveRmsGain()[0] / std::sqrt (2.0), 0.005);
+    }
+}
+
+TEST (Engine, OutputDoesNotDependOnTheBlockSize)
+{
+    const std::vector<NoteEvent> events { { 100, 45, 0.8f }, { 9000, 52, 1.0f }, { 13000, 45, 0.0f },
+                                          { 20000, 52, 0.0f }, { 21000, 40, 0.6f }, { 30000, 40, 0.0f } };
+
+    auto renderWith = [&] (int block)
+    {
+        auto p = makePrepared (48000.0, block);
+        setParameter (*p, "osc1Wave", 5.0f);
+        setParameter (*p, "osc1DcwDepth", 0.8f);
+        setParameter (*p, "osc2Level", 0.0f);
+        setParameter (*p, "osc2Wave", 8.0f);
+        setParameter (*p, "glideTime", 0.05f);
+        return renderProcessor (*p, 40000, block, events);
+    };
+
+    const auto reference = renderWith (512);
+    EXPECT_GT (peak (reference.getReadPointer (0), 40000), 0.1f);
+    for (int block : { 1, 64, 333, 4096 })
+    {
+        const auto other = renderWith (block);
+        float worst = 0.0f;
+        for (int ch = 0; ch < 2; ++ch)
+            for (int i = 0; i < 40000; ++i)
+                worst = std::max (worst, std::abs (other.getSample (ch, i) - reference.getSample (ch, i)));
+        EXPECT_LT (worst, 1.0e-5f) << "block " << block;
+    }
+}
+
+TEST (Engine, GlideStartsOnPitchFromIdleAndGlidesBetweenOverlappingNotes)
+{
+    EngineRig rig;
+    rig.set ("glideTime", 0.2f);
+    rig.engine.startNote (48, 1.0f, false);
+    EXPECT_EQ (rig.engine.currentPitch, 48.0f);
+    rig.render (480);
+    EXPECT_EQ (rig.engine.currentPitch, 48.0f);
+
+    rig.engine.startNote (60, 1.0f, false);
+    rig.render (480);
+    const float after10ms = rig.engine.currentPitch;
+    EXPECT_GT (after10ms, 48.0f);
+    EXPECT_LT (after10ms, 60.0f);
+    // A one-pole slew: after t the remaining distance is exp(-t / T).
+    EXPECT_NEAR (60.0f - after10ms, 12.0f * std::exp (-0.01f / 0.2f), 0.01f);
+
+    rig.engine.startNote (36, 1.0f, false); // glides on from where it stands
+    EXPECT_EQ (rig.engine.currentPitch, after10ms);
+}
+
+TEST (Engine, OctaveAndNoteAreClampedTogether)
+{
+    EngineRig rig;
+    rig.set ("octave", 4.0f); // "+2"
+    rig.engine.startNote (120, 1.0f, false);
+    EXPECT_EQ (rig.engine.targetPitch, 127.0f);
+    rig.set ("octave", 0.0f); // "-2"
+    rig.engine.startNote (10, 1.0f, false);
+    EXPECT_EQ (rig.engine.targetPitch, 0.0f);
+}
+
+TEST (Engine, OctaveChangeDuringANoteGlidesAtTheNextChunk)
+{
+    EngineRig rig;
+    rig.set ("glideTime", 0.1f);
+    rig.engine.startNote (60, 1.0f, false);
+    rig.render (256);
+    rig.set ("octave", 3.0f); // "+1"
+    EXPECT_EQ (rig.engine.targetPitch, 60.0f); // nothing until the engine reads its chunk
+    rig.render (256);
+    EXPECT_EQ (rig.engine.targetPitch, 72.0f);
+    EXPECT_GT (rig.engine.currentPitch, 60.0f);
+    EXPECT_LT (rig.engine.currentPitch, 72.0f);
+}
+
+TEST (Engine, LegatoNotesDrawNoteRandomWithoutRestarting)
+{
+    EngineRig rig;
+    rig.engine.startNote (60, 1.0f, false);
+    rig.render (4800);
+    const float random = rig.engine.noteRandom;
+    const float env = rig.engine.ampEnvelope.getNextSample();
+    rig.engine.startNote (62, 0.5f, true);
+    EXPECT_NE (rig.engine.noteRandom, random);
+    EXPECT_GE (rig.engine.noteRandom, -1.0f);
+    EXPECT_LE (rig.engine.noteRandom, 1.0f);
+    EXPECT_EQ (rig.engine.noteVelocity, 0.5f);
+    EXPECT_NEAR (rig.engine.ampEnvelope.getNextSample(), env, 1.0e-3f); // no retrigger
+}
+
+TEST (Engine, NothingIsAddedWhenIdleOrForZeroSamples)
+{
+    EngineRig rig;
+    rig.buffer.clear();
+    rig.buffer.setSample (0, 3, 0.25f);
+    rig.engine.render (rig.buffer, 0, 512);
+    EXPECT_EQ (rig.buffer.getSample (0, 3), 0.25f);
+
+    rig.engine.startNote (60, 1.0f, false);
+    rig.engine.render (rig.buffer, 0, 0);
+    EXPECT_EQ (rig.buffer.getSample (0, 3), 0.25f);
+    EXPECT_EQ (rig.buffer.getSample (1, 3), 0.0f);
+}
+
+TEST (Engine, VoiceStartsWithAnAntiClickFadeFromZero)
+{
+    EngineRig rig;
+    rig.set ("ampAttack", 0.001f);
+    rig.engine.startNote (69, 1.0f, false);
+    rig.render (512);
+    EXPECT_EQ (rig.buffer.getSample (0, 0), 0.0f);
+    EXPECT_EQ (rig.engine.antiClickLength, (int) (48000 * 0.003 + 0.5));
+    // Within the fade the level is held below the smoothstep's value.
+    for (int i = 1; i < rig.engine.antiClickLength; ++i)
+    {
+        const float t = 1.0f - (float) (rig.engine.antiClickLength - i) / (float) rig.engine.antiClickLength;
+        ASSERT_LE (std::abs (rig.buffer.getSample (0, i)), 0.51f * (3.0f - 2.0f * t) * t * t + 1.0e-3f) << i;
+    }
+}
+
+TEST (Engine, ReleaseEndsTheVoice)
+{
+    EngineRig rig;
+    rig.set ("ampRelease", 0.05f);
+    rig.engine.startNote (50, 1.0f, false);
+    rig.render (2400);
+    rig.engine.releaseAll();
+    EXPECT_EQ (rig.engine.currentNote, -1);
+    EXPECT_FALSE (rig.engine.isIdle());
+    rig.render (2400);     // 50 ms of release
+    rig.render (512);
+    EXPECT_TRUE (rig.engine.isIdle());
+    EXPECT_EQ (peak (rig.buffer.getReadPointer (0), 512), 0.0f);
+}
+
+TEST (Engine, TwoOscillatorsMixAtTheirLevels)
+{
+    auto p = makePrepared();
+    setParameter (*p, "osc2Level", 0.0f);
+    setParameter (*p, "osc2Semitone", 12.0f);
+    const auto out = renderProcessor (*p, 48000, 512, { { 0, 57, 1.0f } });
+    const float* x = out.getReadPointer (0) + 4800;
+    // 220 Hz from osc 1 and 440 Hz from osc 2, each a cosine of amplitude 0.5.
+    EXPECT_NEAR (toneMagnitude (x, 38400, 220.0, 48000.0), 0.5, 0.01);
+    EXPECT_NEAR (toneMagnitude (x, 38400, 440.0, 48000.0), 0.5, 0.01);
+}
+
+TEST (Engine, RingModeMultipliesTheOscillators)
+{
+    auto p = makePrepared();
+    setParameter (*p, "mode", 1.0f);
+    setParameter (*p, "osc2Level", 0.0f);
+    setParameter (*p, "osc2Semitone", 12.0f);
+    const auto out = renderProcessor (*p, 48000, 512, { { 0, 57, 1.0f } });
+    const float* x = out.getReadPointer (0) + 4800;
+    // cos(a) cos(2a) = (cos(a) + cos(3a)) / 2, at the output gain of 0.5.
+    EXPECT_NEAR (toneMagnitude (x, 38400, 220.0, 48000.0), 0.25, 0.01);
+    EXPECT_NEAR (toneMagnitude (x, 38400, 660.0, 48000.0), 0.25, 0.01);
+    EXPECT_LT (toneMagnitude (x, 38400, 440.0, 48000.0), 0.01);
+}

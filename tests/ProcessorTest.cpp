@@ -1,0 +1,297 @@
+#include "TestHelpers.h"
+
+#include "audio/MidiBlock.h"
+
+#include <gtest/gtest.h>
+
+using namespace morvane;
+using namespace morvane::test;
+
+namespace
+{
+void processMidi (MorvaneAudioProcessor& p, std::initializer_list<std::pair<int, juce::MidiMessage>> events,
+                  int numSamples = 256)
+{
+    juce::AudioBuffer<float> buffer (p.getTotalNumOutputChannels(), numSamples);
+    juce::MidiBuffer midi;
+    for (const auto& [pos, m] : events)
+        midi.addEvent (m, pos);
+    p.processBlock (buffer, midi);
+}
+
+void processEmpty (MorvaneAudioProcessor& p, int numSamples = 256) { processMidi (p, {}, numSamples); }
+
+juce::MidiMessage on (int note, float velocity = 1.0f) { return juce::MidiMessage::noteOn (1, note, velocity); }
+juce::MidiMessage off (int note) { return juce::MidiMessage::noteOff (1, note); }
+
+struct FixedTempo : juce::AudioPlayHead
+{
+    double bpm = 300.0;
+    juce::Optional<PositionInfo> getPosition() const override
+    {
+        PositionInfo info;
+        info.setBpm (bpm);
+        return info;
+    }
+};
+}
+
+TEST (MidiSegments, ABlockWithoutEventsRendersOnce)
+{
+    juce::MidiBuffer midi;
+    std::vector<std::pair<int, int>> ranges;
+    forEachMidiSegment (midi, 512, [&] (int s, int n) { ranges.push_back ({ s, n }); }, [] (auto&, int) {});
+    ASSERT_EQ (ranges.size(), 1u);
+    EXPECT_EQ (ranges[0], std::make_pair (0, 512));
+}
+
+TEST (MidiSegments, CutsAtEveryEventWithoutZeroLengthRenders)
+{
+    juce::MidiBuffer midi;
+    midi.addEvent (on (60), 0);
+    midi.addEvent (on (62), 100);
+    midi.addEvent (off (60), 100);
+    midi.addEvent (off (62), 511);
+    midi.addEvent (on (64), 700); // past the end of the block
+
+    std::vector<std::pair<int, int>> ranges;
+    std::vector<int> eventPositions;
+    int renderedBeforeLast = 0, rendered = 0;
+    forEachMidiSegment (midi, 512,
+                        [&] (int s, int n)
+                        {
+                            EXPECT_GT (n, 0);
+                            EXPECT_EQ (s, rendered);
+                            ranges.push_back ({ s, n });
+                            rendered += n;
+                        },
+                        [&] (const juce::MidiMessageMetadata&, int pos)
+                        {
+                            eventPositions.push_back (pos);
+                            renderedBeforeLast = rendered;
+                        });
+
+    EXPECT_EQ (ranges, (std::vector<std::pair<int, int>> { { 0, 100 }, { 100, 411 }, { 511, 1 } }));
+    EXPECT_EQ (eventPositions, (std::vector<int> { 0, 100, 100, 511, 512 }));
+    EXPECT_EQ (renderedBeforeLast, 512); // the late event comes after every sample
+}
+
+TEST (PitchBend, MapsToTwoSemitonesOnA14BitGrid)
+{
+    EXPECT_EQ (bendSemitonesFromRaw (8192), 0.0f);
+    EXPECT_NEAR (bendSemitonesFromRaw (16383), 1.99976f, 1.0e-5f);
+    EXPECT_EQ (bendSemitonesFromRaw (0), -2.0f);
+    EXPECT_EQ (bendSemitonesFromRaw (99999), bendSemitonesFromRaw (16383));
+    EXPECT_EQ (bendSemitonesFromNormalised (0.0f), 0.0f);
+    EXPECT_NEAR (bendSemitonesFromNormalised (1.0f), 1.99976f, 1.0e-5f);
+    EXPECT_NEAR (bendSemitonesFromNormalised (-1.0f), (1.0f - 8192.0f) / 8192.0f * 2.0f, 1.0e-6f);
+    EXPECT_EQ (bendSemitonesFromNormalised (5.0f), bendSemitonesFromNormalised (1.0f));
+}
+
+TEST (Processor, IdentityAndBuses)
+{
+    MorvaneAudioProcessor p;
+    EXPECT_EQ (p.getName(), "Morvane");
+    EXPECT_TRUE (p.acceptsMidi());
+    EXPECT_FALSE (p.producesMidi());
+    EXPECT_EQ (p.getTailLengthSeconds(), 0.0);
+    EXPECT_EQ (p.getNumPrograms(), 1);
+    EXPECT_EQ (p.getTotalNumInputChannels(), 0);
+    EXPECT_EQ (p.getTotalNumOutputChannels(), 2);
+    EXPECT_EQ (p.getBus (false, 0)->getName(), "Out");
+
+    juce::AudioProcessor::BusesLayout layout;
+    layout.outputBuses.add (juce::AudioChannelSet::mono());
+    EXPECT_TRUE (p.checkBusesLayoutSupported (layout));
+    layout.outputBuses.getReference (0) = juce::AudioChannelSet::create5point1();
+    EXPECT_FALSE (p.checkBusesLayoutSupported (layout));
+}
+
+TEST (Processor, ReportsTheOversamplersLatency)
+{
+    auto p = makePrepared (48000.0, 256);
+    EXPECT_EQ (p->getLatencySamples(), p->getEngine().getLatencySamples());
+    EXPECT_GT (p->getLatencySamples(), 0);
+}
+
+TEST (Processor, CommandRingHolds255AndDropsTheRest)
+{
+    auto p = makePrepared();
+    // 254 mod-wheel moves, then the 255th command is a note: it fits, the 256th does not.
+    for (int i = 0; i < 254; ++i)
+        p->pushModWheel (0.5f);
+    p->pushNoteOn (40, 1.0f);
+    p->pushNoteOn (41, 1.0f);
+    processEmpty (*p);
+    EXPECT_EQ (p->getEngine().currentNote, 40);
+    EXPECT_EQ (p->getHeldCount(), 1);
+
+    // Drained, the ring takes commands again.
+    p->pushNoteOn (45, 1.0f);
+    processEmpty (*p);
+    EXPECT_EQ (p->getEngine().currentNote, 45);
+}
+
+TEST (Processor, PushesLimitTheirValues)
+{
+    auto p = makePrepared();
+    p->pushNoteOn (300, 7.0f);
+    p->pushModWheel (4.0f);
+    p->pushAftertouch (-1.0f);
+    p->pushPitchBend (1.0f);
+    processEmpty (*p);
+    EXPECT_EQ (p->getEngine().currentNote, 127);
+    EXPECT_EQ (p->getEngine().noteVelocity, 1.0f);
+    EXPECT_EQ (p->getEngine().modWheel.load(), 1.0f);
+    EXPECT_EQ (p->getEngine().aftertouch.load(), 0.0f);
+    EXPECT_NEAR (p->getEngine().pitchBendSemitones, 1.99976f, 1.0e-5f);
+}
+
+TEST (Processor, SameKeyTwiceLeavesOneEntry)
+{
+    auto p = makePrepared();
+    processMidi (*p, { { 0, on (60) }, { 10, on (60) } });
+    EXPECT_EQ (p->getHeldCount(), 1);
+    processMidi (*p, { { 0, off (60) } });
+    EXPECT_EQ (p->getHeldCount(), 0);
+    EXPECT_EQ (p->getEngine().currentNote, -1);
+}
+
+TEST (Processor, ReleasingTheNewestKeyFallsBackToTheOlderOne)
+{
+    auto p = makePrepared();
+    processMidi (*p, { { 0, on (60, 0.3f) }, { 50, on (64) } });
+    EXPECT_EQ (p->getEngine().currentNote, 64);
+    processMidi (*p, { { 0, off (64) } });
+    EXPECT_EQ (p->getEngine().currentNote, 60);
+    EXPECT_NEAR (p->getEngine().noteVelocity, 0.3f, 0.01f); // the stored velocity of that key
+    EXPECT_FALSE (p->getEngine().isIdle());
+    processMidi (*p, { { 0, off (60) } });
+    EXPECT_EQ (p->getEngine().currentNote, -1);
+}
+
+TEST (Processor, ReleasingAnOlderKeyChangesNothing)
+{
+    auto p = makePrepared();
+    processMidi (*p, { { 0, on (60) }, { 50, on (64) } });
+    processMidi (*p, { { 0, off (60) } });
+    EXPECT_EQ (p->getEngine().currentNote, 64);
+    EXPECT_EQ (p->getHeldCount(), 1);
+}
+
+TEST (Processor, StackHoldsEveryKeyAndRepressingMovesItToTheTop)
+{
+    auto p = makePrepared();
+    juce::AudioBuffer<float> buffer (2, 512);
+    juce::MidiBuffer midi;
+    for (int i = 0; i < 128; ++i)
+        midi.addEvent (on (i), i);
+    p->processBlock (buffer, midi);
+    EXPECT_EQ (p->getHeldCount(), 128);
+
+    // 128 distinct keys are held; re-pressing one moves it to the top instead of growing.
+    processMidi (*p, { { 0, on (5) } });
+    EXPECT_EQ (p->getHeldCount(), 128);
+    EXPECT_EQ (p->getEngine().currentNote, 5);
+}
+
+TEST (Processor, ControllersAllNotesOffAndAllSoundOffEmptyTheStack)
+{
+    for (int controller : { 120, 123 })
+    {
+        auto p = makePrepared();
+        processMidi (*p, { { 0, on (60) }, { 1, on (64) } });
+        ASSERT_EQ (p->getHeldCount(), 2);
+        processMidi (*p, { { 3, juce::MidiMessage::controllerEvent (1, controller, 0) } });
+        EXPECT_EQ (p->getHeldCount(), 0) << controller;
+        EXPECT_EQ (p->getEngine().currentNote, -1);
+    }
+}
+
+TEST (Processor, PanicCommandReleasesRatherThanCuts)
+{
+    auto p = makePrepared();
+    processMidi (*p, { { 0, on (60) } }, 4800);
+    p->pushPanic();
+    processEmpty (*p, 32);
+    EXPECT_EQ (p->getHeldCount(), 0);
+    EXPECT_FALSE (p->getEngine().isIdle()); // in its release
+}
+
+TEST (Processor, ModWheelPressureAndBendFromMidi)
+{
+    auto p = makePrepared();
+    processMidi (*p, { { 0, juce::MidiMessage::controllerEvent (1, 1, 127) },
+                       { 1, juce::MidiMessage::channelPressureChange (3, 64) },
+                       { 2, juce::MidiMessage::pitchWheel (5, 8192) } });
+    EXPECT_EQ (p->getEngine().modWheel.load(), 1.0f);
+    EXPECT_NEAR (p->getEngine().aftertouch.load(), 64.0f / 127.0f, 1.0e-6f);
+    EXPECT_EQ (p->getEngine().pitchBendSemitones, 0.0f);
+
+    processMidi (*p, { { 0, juce::MidiMessage::pitchWheel (1, 16383) } });
+    EXPECT_NEAR (p->getEngine().pitchBendSemitones, 1.99976f, 1.0e-5f);
+}
+
+TEST (Processor, LegatoDecidesWhetherASecondKeyRetriggers)
+{
+    for (bool legato : { false, true })
+    {
+        auto p = makePrepared();
+        setParameter (*p, "legato", legato ? 1.0f : 0.0f);
+        setParameter (*p, "ampDecay", 0.05f);
+        setParameter (*p, "ampSustain", 0.2f);
+        // Hold a note long enough to reach sustain, then add a second key.
+        auto out = renderProcessor (*p, 48000, 480, { { 0, 60, 1.0f }, { 24000, 67, 1.0f } });
+        const float* l = out.getReadPointer (0);
+        const float before = peak (l + 23000, 900);
+        const float after = peak (l + 24200, 900); // inside a fresh attack and decay, or still at sustain
+        if (legato)
+            EXPECT_NEAR (after, before, before * 0.1f);
+        else
+            EXPECT_GT (after, before * 2.0f);
+    }
+}
+
+TEST (Processor, HostTempoPassesThroughAndOwnTempoIsLimited)
+{
+    auto p = makePrepared();
+    setParameter (*p, "lfoSyncBpm", 240.0f);
+    processEmpty (*p);
+    EXPECT_EQ (p->getEngine().hostBpm, 240.0f);
+
+    FixedTempo head;
+    p->setPlayHead (&head);
+    processEmpty (*p);
+    EXPECT_EQ (p->getEngine().hostBpm, 300.0f);
+    p->setPlayHead (nullptr);
+}
+
+TEST (Processor, PeakRisesAtOnceAndFallsAt24DbPerSecond)
+{
+    auto p = makePrepared (48000.0, 480);
+    EXPECT_EQ (p->getPeakDb(), -120.0f);
+    processMidi (*p, { { 0, on (69) } }, 4800);
+    const float held = p->getPeakDb();
+    EXPECT_GT (held, -10.0f);
+    processMidi (*p, { { 0, off (69) } }, 480);
+    // Silence after the release: 10 blocks of 10 ms fall 2.4 dB at most, never below what sounds.
+    for (int i = 0; i < 100; ++i)
+        processEmpty (*p, 480);
+    EXPECT_NEAR (p->getPeakDb(), held - 24.0f - 0.24f, 1.0f);
+}
+
+TEST (Processor, MonoBusKeepsLevelThroughTheSumFactor)
+{
+    auto stereo = makePrepared();
+    MorvaneAudioProcessor mono;
+    juce::AudioProcessor::BusesLayout layout;
+    layout.outputBuses.add (juce::AudioChannelSet::mono());
+    ASSERT_TRUE (mono.setBusesLayout (layout));
+    mono.prepareToPlay (48000.0, 512);
+    ASSERT_EQ (mono.getTotalNumOutputChannels(), 1);
+
+    const auto s = renderProcessor (*stereo, 9600, 512, { { 0, 57, 1.0f } });
+    const auto m = renderProcessor (mono, 9600, 512, { { 0, 57, 1.0f } });
+    for (int i = 0; i < 9600; ++i)
+        ASSERT_NEAR (m.getSample (0, i), (s.getSample (0, i) + s.getSample (1, i)) * 0.7071068f, 1.0e-6f);
+}

@@ -1,0 +1,81 @@
+#include "AllocationCounter.h"
+#include "TestHelpers.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+using namespace morvane;
+using namespace morvane::test;
+
+namespace
+{
+// Drives blocks with notes, bends, controllers, pressure, ring commands and parameter moves.
+long allocationsWhileProcessing (MorvaneAudioProcessor& p, int blockSize, int blocks)
+{
+    std::mt19937 rng (1234);
+    juce::AudioBuffer<float> buffer (p.getTotalNumOutputChannels(), blockSize);
+    juce::MidiBuffer midi;
+    midi.ensureSize (4096);
+
+    // Parameter changes from the message thread happen outside the counted window.
+    auto* cutoff = p.getParameterTree().getParameter ("osc1DcwDepth");
+    long total = 0;
+    for (int b = 0; b < blocks; ++b)
+    {
+        midi.clear();
+        const int n = 1 + (int) (rng() % 6);
+        for (int e = 0; e < n; ++e)
+        {
+            const int pos = (int) (rng() % (unsigned) blockSize);
+            switch (rng() % 6)
+            {
+                case 0: midi.addEvent (juce::MidiMessage::noteOn (1, 30 + (int) (rng() % 40), (juce::uint8) (1 + rng() % 126)), pos); break;
+                case 1: midi.addEvent (juce::MidiMessage::noteOff (1, 30 + (int) (rng() % 40)), pos); break;
+                case 2: midi.addEvent (juce::MidiMessage::pitchWheel (1, (int) (rng() % 16384)), pos); break;
+                case 3: midi.addEvent (juce::MidiMessage::controllerEvent (1, (int) (rng() % 128), (int) (rng() % 128)), pos); break;
+                case 4: midi.addEvent (juce::MidiMessage::channelPressureChange (1, (int) (rng() % 128)), pos); break;
+                default: midi.addEvent (juce::MidiMessage::aftertouchChange (1, 60, 30), pos); break;
+            }
+        }
+        if (b % 7 == 0)
+        {
+            p.pushNoteOn (40 + b % 20, 0.7f);
+            p.pushPitchBend (0.3f);
+            p.pushModWheel (0.2f);
+        }
+        if (b % 13 == 0)
+            p.pushPanic();
+        if (b % 5 == 0)
+            cutoff->setValueNotifyingHost ((float) (rng() % 1000) / 1000.0f);
+
+        AllocationCounter counter;
+        p.processBlock (buffer, midi);
+        total += counter.allocations();
+    }
+    return total;
+}
+}
+
+TEST (Realtime, ProcessBlockAllocatesNothing)
+{
+    for (int blockSize : { 1, 64, 512, 1024 })
+    {
+        auto p = makePrepared (48000.0, blockSize);
+        EXPECT_EQ (allocationsWhileProcessing (*p, blockSize, 400), 0) << "block " << blockSize;
+    }
+}
+
+TEST (Realtime, BlocksLargerThanPreparedAreChunkedWithoutAllocating)
+{
+    auto p = makePrepared (44100.0, 128);
+    EXPECT_EQ (allocationsWhileProcessing (*p, 1000, 50), 0);
+}
+
+TEST (Realtime, TheCounterSeesAllocations)
+{
+    AllocationCounter counter;
+    auto* v = new std::vector<int> (100);
+    delete v;
+    EXPECT_GE (counter.allocations(), 2);
+}

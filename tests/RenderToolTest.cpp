@@ -1,0 +1,259 @@
+#include "TestHelpers.h"
+
+#include "render/RenderOptions.h"
+
+#include <juce_audio_formats/juce_audio_formats.h>
+
+#include <gtest/gtest.h>
+
+#include <regex>
+
+using namespace morvane;
+using namespace morvane::test;
+
+namespace
+{
+struct Run
+{
+    int exitCode = -1;
+    juce::String output;
+};
+
+// Runs the real binary; output holds stdout and stderr together.
+Run runRenderer (const juce::StringArray& args)
+{
+    juce::StringArray command { MORVANE_RENDER_PATH };
+    command.addArray (args);
+    juce::ChildProcess process;
+    Run run;
+    if (! process.start (command, juce::ChildProcess::wantStdOut | juce::ChildProcess::wantStdErr))
+        return run;
+    run.output = process.readAllProcessOutput();
+    process.waitForProcessToFinish (120000);
+    run.exitCode = (int) process.getExitCode();
+    return run;
+}
+
+struct TempDir
+{
+    juce::File dir = juce::File::getSpecialLocation (juce::File::tempDirectory)
+                         .getNonexistentChildFile ("morvane-render-test", "", false);
+    TempDir() { dir.createDirectory(); }
+    ~TempDir() { dir.deleteRecursively(); }
+    juce::String path (const char* name) const { return dir.getChildFile (name).getFullPathName(); }
+};
+
+std::unique_ptr<juce::AudioFormatReader> openWav (const juce::String& path)
+{
+    juce::WavAudioFormat wav;
+    auto stream = std::make_unique<juce::FileInputStream> (juce::File (path));
+    if (! stream->openedOk())
+        return nullptr;
+    return std::unique_ptr<juce::AudioFormatReader> (wav.createReaderFor (stream.release(), true));
+}
+
+juce::AudioBuffer<float> readAll (juce::AudioFormatReader& reader)
+{
+    juce::AudioBuffer<float> b ((int) reader.numChannels, (int) reader.lengthInSamples);
+    reader.read (&b, 0, (int) reader.lengthInSamples, 0, true, true);
+    return b;
+}
+
+int firstSoundingSample (const juce::AudioBuffer<float>& b, int from)
+{
+    for (int i = from; i < b.getNumSamples(); ++i)
+        if (b.getSample (0, i) != 0.0f)
+            return i;
+    return -1;
+}
+}
+
+TEST (RenderOptions, ParsesAFullCommandLine)
+{
+    const auto r = render::parseRenderOptions ({ "--out", "x.wav", "--set", "drive=12", "--set", "osc1Wave=3",
+                                                 "--note", "40:0.5:0.25:1.5", "--tail", "2", "--rate", "44100",
+                                                 "--block", "64", "--channels", "1", "--bench" });
+    ASSERT_TRUE (r.error.isEmpty()) << r.error;
+    const auto& o = r.options;
+    EXPECT_EQ (o.out.getFileName(), "x.wav");
+    ASSERT_EQ (o.sets.size(), 2u);
+    EXPECT_EQ (o.sets[0].id, "drive");
+    EXPECT_EQ (o.sets[0].value, 12.0f);
+    ASSERT_EQ (o.notes.size(), 1u);
+    EXPECT_EQ (o.notes[0].note, 40);
+    EXPECT_EQ (o.notes[0].velocity, 0.5f);
+    EXPECT_EQ (o.notes[0].start, 0.25);
+    EXPECT_EQ (o.notes[0].length, 1.5);
+    EXPECT_EQ (o.tail, 2.0);
+    EXPECT_EQ (o.rate, 44100.0);
+    EXPECT_EQ (o.block, 64);
+    EXPECT_EQ (o.channels, 1);
+    EXPECT_TRUE (o.bench);
+}
+
+TEST (RenderOptions, DefaultsAndRefusals)
+{
+    const auto ok = render::parseRenderOptions ({ "--out", "a.wav" });
+    EXPECT_TRUE (ok.error.isEmpty());
+    EXPECT_EQ (ok.options.rate, 48000.0);
+    EXPECT_EQ (ok.options.block, 512);
+    EXPECT_EQ (ok.options.channels, 2);
+    EXPECT_EQ (ok.options.tail, 1.0);
+
+    for (const auto& bad : std::vector<juce::StringArray> {
+             {},
+             { "--out" },
+             { "--out", "a.wav", "--note", "69:1:0" },
+             { "--out", "a.wav", "--note", "128:1:0:1" },
+             { "--out", "a.wav", "--note", "60:1.5:0:1" },
+             { "--out", "a.wav", "--note", "60:1:-1:1" },
+             { "--out", "a.wav", "--note", "60:1:0:0" },
+             { "--out", "a.wav", "--note", "sixty:1:0:1" },
+             { "--out", "a.wav", "--set", "drive" },
+             { "--out", "a.wav", "--set", "drive=loud" },
+             { "--out", "a.wav", "--set", "drive=nan" },
+             { "--out", "a.wav", "--rate", "0" },
+             { "--out", "a.wav", "--rate", "1000000" },
+             { "--out", "a.wav", "--block", "0" },
+             { "--out", "a.wav", "--block", "12.5" },
+             { "--out", "a.wav", "--channels", "3" },
+             { "--out", "a.wav", "--tail", "-1" },
+             { "--out", "a.wav", "--frobnicate" } })
+    {
+        const auto r = render::parseRenderOptions (bad);
+        EXPECT_FALSE (r.error.isEmpty()) << bad.joinIntoString (" ");
+        EXPECT_FALSE (r.error.containsChar ('\n'));
+    }
+}
+
+TEST (RenderTool, RendersA440HzToneAtTheDefaultLevel)
+{
+    TempDir tmp;
+    const auto out = tmp.path ("a.wav");
+    const auto run = runRenderer ({ "--note", "69:1:0:1", "--out", out });
+    ASSERT_EQ (run.exitCode, 0) << run.output;
+
+    auto reader = openWav (out);
+    ASSERT_NE (reader, nullptr);
+    EXPECT_EQ (reader->sampleRate, 48000.0);
+    EXPECT_EQ (reader->numChannels, 2u);
+    EXPECT_EQ (reader->bitsPerSample, 32u);
+    EXPECT_TRUE (reader->usesFloatingPointData);
+    EXPECT_EQ (reader->lengthInSamples, 96000); // the note's end plus the default 1 s tail
+
+    const auto audio = readAll (*reader);
+    EXPECT_NEAR (zeroCrossingFrequency (audio.getReadPointer (0) + 4800, 38400, 48000.0), 440.0, 0.05);
+    EXPECT_NEAR (peak (audio.getReadPointer (0) + 4800, 38400), 0.5f, 0.01f);
+    EXPECT_EQ (peak (audio.getReadPointer (1) + 60000, 36000), 0.0f); // released and silent
+}
+
+TEST (RenderTool, BadInputExitsTwoWithAMessageAndNoFile)
+{
+    TempDir tmp;
+    const auto out = tmp.path ("bad.wav");
+    const auto notXml = tmp.path ("broken.xml");
+    juce::File (notXml).replaceWithText ("<PARAMS><PARAM id=");
+    const auto wrongRoot = tmp.path ("root.xml");
+    juce::File (wrongRoot).replaceWithText ("<PRESET/>");
+    const auto notMidi = tmp.path ("x.mid");
+    juce::File (notMidi).replaceWithText ("hello");
+
+    for (const auto& args : std::vector<juce::StringArray> {
+             { "--out", out, "--set", "noSuchParameter=1" },
+             { "--out", out, "--set", "drive=abc" },
+             { "--out", out, "--note", "69:1:0" },
+             { "--out", out, "--rate", "5" },
+             { "--out", out, "--block", "0" },
+             { "--out", out, "--preset", tmp.path ("missing.xml") },
+             { "--out", out, "--preset", notXml },
+             { "--out", out, "--preset", wrongRoot },
+             { "--out", out, "--midi", notMidi },
+             { "--out", out, "--midi", tmp.path ("missing.mid") } })
+    {
+        const auto run = runRenderer (args);
+        EXPECT_EQ (run.exitCode, 2) << args.joinIntoString (" ") << "\n" << run.output;
+        EXPECT_TRUE (run.output.startsWith ("morvane-render: ")) << run.output;
+        EXPECT_EQ (run.output.trim().indexOfChar ('\n'), -1) << "one line: " << run.output;
+        EXPECT_FALSE (juce::File (out).exists()) << args.joinIntoString (" ");
+    }
+}
+
+TEST (RenderTool, AFailedWriteExitsOneAndLeavesNoFile)
+{
+    const auto run = runRenderer ({ "--note", "60:1:0:0.1", "--out", "/proc/morvane-cannot-write-here.wav" });
+    EXPECT_EQ (run.exitCode, 1) << run.output;
+    EXPECT_FALSE (juce::File ("/proc/morvane-cannot-write-here.wav").exists());
+}
+
+TEST (RenderTool, SettingsPresetChannelsAndLength)
+{
+    TempDir tmp;
+    const auto preset = tmp.path ("p.xml");
+    juce::File (preset).replaceWithText (
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<PARAMS>\n  <PARAM id=\"octave\" value=\"1\"/>\n"
+        "  <PARAM id=\"outputGain\" value=\"-12.0\"/>\n  <PARAM id=\"unknownId\" value=\"3\"/>\n</PARAMS>\n");
+    const auto out = tmp.path ("m.wav");
+    // The preset sets -12 dB; the later --set wins with -20 dB.
+    const auto run = runRenderer ({ "--preset", preset, "--set", "outputGain=-20", "--note", "69:1:0:0.5",
+                                    "--channels", "1", "--seconds", "0.75", "--rate", "44100", "--block", "100" });
+    EXPECT_EQ (run.exitCode, 2); // no --out
+    const auto run2 = runRenderer ({ "--preset", preset, "--set", "outputGain=-20", "--note", "69:1:0:0.5",
+                                     "--channels", "1", "--seconds", "0.75", "--rate", "44100", "--block", "100",
+                                     "--out", out });
+    ASSERT_EQ (run2.exitCode, 0) << run2.output;
+
+    auto reader = openWav (out);
+    ASSERT_NE (reader, nullptr);
+    EXPECT_EQ (reader->numChannels, 1u);
+    EXPECT_EQ (reader->lengthInSamples, (juce::int64) std::llround (0.75 * 44100));
+    const auto audio = readAll (*reader);
+    const float* x = audio.getReadPointer (0) + 4410;
+    EXPECT_NEAR (zeroCrossingFrequency (x, 13000, 44100.0), 220.0, 0.1); // octave "-1" from the preset
+    // Mono sum of two equal sides at -20 dB.
+    EXPECT_NEAR (peak (x, 13000), 0.1f * 2.0f * 0.7071068f, 0.003f);
+}
+
+TEST (RenderTool, MidiFileTempoMapIsHonoured)
+{
+    TempDir tmp;
+    // 480 ticks per beat; 120 BPM for the first beat, then 60 BPM. A note at beat 2 starts at
+    // 0.5 s + 1 s = 1.5 s.
+    juce::MidiMessageSequence track;
+    track.addEvent (juce::MidiMessage::tempoMetaEvent (500000), 0);
+    track.addEvent (juce::MidiMessage::tempoMetaEvent (1000000), 480);
+    track.addEvent (juce::MidiMessage::noteOn (1, 57, (juce::uint8) 100), 960);
+    track.addEvent (juce::MidiMessage::noteOff (1, 57), 1200);
+    juce::MidiFile file;
+    file.setTicksPerQuarterNote (480);
+    file.addTrack (track);
+    juce::MidiMessageSequence second;
+    second.addEvent (juce::MidiMessage::noteOn (2, 60, (juce::uint8) 100), 1440);
+    second.addEvent (juce::MidiMessage::noteOff (2, 60), 1500);
+    file.addTrack (second);
+    const auto mid = tmp.path ("song.mid");
+    {
+        juce::FileOutputStream stream { juce::File (mid) };
+        ASSERT_TRUE (file.writeTo (stream));
+    }
+
+    const auto out = tmp.path ("song.wav");
+    const auto run = runRenderer ({ "--midi", mid, "--out", out, "--tail", "0.5" });
+    ASSERT_EQ (run.exitCode, 0) << run.output;
+    auto reader = openWav (out);
+    ASSERT_NE (reader, nullptr);
+    const auto audio = readAll (*reader);
+    // Last event: the second track's note-off at beat 3.125, 2.5 s + 0.125 s.
+    EXPECT_EQ (audio.getNumSamples(), (int) std::llround ((2.625 + 0.5) * 48000));
+    const int first = firstSoundingSample (audio, 0);
+    EXPECT_GE (first, 72000);
+    EXPECT_LE (first, 72004); // the anti-click fade starts from 0 at the note's sample
+}
+
+TEST (RenderTool, BenchPrintsTheRealTimeFactor)
+{
+    TempDir tmp;
+    const auto run = runRenderer ({ "--note", "40:1:0:0.5", "--out", tmp.path ("b.wav"), "--bench" });
+    ASSERT_EQ (run.exitCode, 0) << run.output;
+    const std::regex line (R"(rendered 1\.500 s of audio in [0-9.]+ s: [0-9.]+ x real time\s*)");
+    EXPECT_TRUE (std::regex_match (run.output.toStdString(), line)) << run.output;
+}

@@ -1,0 +1,213 @@
+#include "render/RenderOptions.h"
+
+#include <cmath>
+
+namespace morvane::render
+{
+namespace
+{
+    constexpr double minRate = 8000.0, maxRate = 384000.0;
+    constexpr int minBlock = 1, maxBlock = 65536;
+
+    // A whole string that is a finite decimal number.
+    std::optional<double> parseNumber (const juce::String& text)
+    {
+        const auto t = text.trim();
+        if (t.isEmpty())
+            return std::nullopt;
+
+        const auto utf8 = t.toStdString();
+        char* end = nullptr;
+        const double v = std::strtod (utf8.c_str(), &end);
+        if (end == utf8.c_str() || *end != '\0' || ! std::isfinite (v))
+            return std::nullopt;
+        return v;
+    }
+
+    std::optional<int> parseInteger (const juce::String& text)
+    {
+        const auto v = parseNumber (text);
+        if (! v || *v != std::floor (*v) || std::abs (*v) > 1.0e9)
+            return std::nullopt;
+        return (int) *v;
+    }
+
+    juce::String parseNote (const juce::String& text, NoteSpec& note)
+    {
+        const auto fields = juce::StringArray::fromTokens (text, ":", "");
+        if (fields.size() != 4)
+            return "malformed --note '" + text + "': expected NOTE:VELOCITY:START:LENGTH";
+
+        const auto n = parseInteger (fields[0]);
+        if (! n || *n < 0 || *n > 127)
+            return "malformed --note '" + text + "': NOTE must be a whole number from 0 to 127";
+
+        const auto v = parseNumber (fields[1]);
+        if (! v || *v < 0.0 || *v > 1.0)
+            return "malformed --note '" + text + "': VELOCITY must be a number from 0 to 1";
+
+        const auto s = parseNumber (fields[2]);
+        if (! s || *s < 0.0)
+            return "malformed --note '" + text + "': START must be a number of seconds, 0 or more";
+
+        const auto l = parseNumber (fields[3]);
+        if (! l || *l <= 0.0)
+            return "malformed --note '" + text + "': LENGTH must be a number of seconds above 0";
+
+        note = { *n, (float) *v, *s, *l };
+        return {};
+    }
+}
+
+juce::String usageText()
+{
+    return "usage: morvane-render --out FILE.wav [--preset FILE.xml] [--set ID=VALUE]...\n"
+           "                      [--note NOTE:VELOCITY:START:LENGTH]... [--midi FILE.mid]\n"
+           "                      [--tail SECONDS] [--seconds SECONDS] [--rate HZ] [--block SAMPLES]\n"
+           "                      [--channels 1|2] [--bench]\n"
+           "\n"
+           "Renders the instrument headlessly through its own processor, as a host would.\n"
+           "  --set ID=VALUE   a parameter in its own units (dB, Hz, seconds, a choice's index, 0/1)\n"
+           "  --note           MIDI note 0-127, velocity 0-1, start and length in seconds\n"
+           "  --midi           a standard MIDI file; all tracks merged, tempo map honoured\n"
+           "  --seconds        length of the render; default: last event plus --tail (1 s)\n"
+           "  --rate, --block  sample rate (default 48000) and block size (default 512)\n"
+           "  --channels       output bus width (default 2)\n"
+           "  --bench          print the real-time factor of the processing loop\n";
+}
+
+ParseResult parseRenderOptions (const juce::StringArray& args)
+{
+    ParseResult result;
+    auto& o = result.options;
+    bool haveOut = false;
+
+    for (int i = 0; i < args.size(); ++i)
+    {
+        const auto& arg = args[i];
+
+        auto value = [&] (juce::String& into) -> bool
+        {
+            if (i + 1 >= args.size())
+            {
+                result.error = "option " + arg + " needs a value";
+                return false;
+            }
+            into = args[++i];
+            return true;
+        };
+
+        auto number = [&] (double lo, double hi, double& into) -> bool
+        {
+            juce::String text;
+            if (! value (text))
+                return false;
+            const auto v = parseNumber (text);
+            if (! v || *v < lo || *v > hi)
+            {
+                result.error = "option " + arg + " takes a number from " + juce::String (lo) + " to "
+                               + juce::String (hi) + ", not '" + text + "'";
+                return false;
+            }
+            into = *v;
+            return true;
+        };
+
+        juce::String text;
+        double v = 0.0;
+
+        if (arg == "--help" || arg == "-h")
+        {
+            o.help = true;
+            return result;
+        }
+        if (arg == "--out")
+        {
+            if (! value (text)) return result;
+            if (text.isEmpty()) { result.error = "option --out needs a file name"; return result; }
+            o.out = juce::File::getCurrentWorkingDirectory().getChildFile (text);
+            haveOut = true;
+        }
+        else if (arg == "--preset")
+        {
+            if (! value (text)) return result;
+            o.preset = juce::File::getCurrentWorkingDirectory().getChildFile (text);
+        }
+        else if (arg == "--midi")
+        {
+            if (! value (text)) return result;
+            o.midi = juce::File::getCurrentWorkingDirectory().getChildFile (text);
+        }
+        else if (arg == "--set")
+        {
+            if (! value (text)) return result;
+            const int eq = text.indexOfChar ('=');
+            if (eq <= 0)
+            {
+                result.error = "malformed --set '" + text + "': expected ID=VALUE";
+                return result;
+            }
+            const auto parsed = parseNumber (text.substring (eq + 1));
+            if (! parsed)
+            {
+                result.error = "malformed --set '" + text + "': '" + text.substring (eq + 1) + "' is not a number";
+                return result;
+            }
+            o.sets.push_back ({ text.substring (0, eq).trim(), (float) *parsed });
+        }
+        else if (arg == "--note")
+        {
+            if (! value (text)) return result;
+            NoteSpec note;
+            if (auto error = parseNote (text, note); error.isNotEmpty())
+            {
+                result.error = error;
+                return result;
+            }
+            o.notes.push_back (note);
+        }
+        else if (arg == "--tail")
+        {
+            if (! number (0.0, 3600.0, o.tail)) return result;
+        }
+        else if (arg == "--seconds")
+        {
+            if (! number (0.0, 3600.0, v)) return result;
+            o.seconds = v;
+        }
+        else if (arg == "--rate")
+        {
+            if (! number (minRate, maxRate, o.rate)) return result;
+        }
+        else if (arg == "--block")
+        {
+            if (! number (minBlock, maxBlock, v)) return result;
+            if (v != std::floor (v)) { result.error = "option --block takes a whole number of samples"; return result; }
+            o.block = (int) v;
+        }
+        else if (arg == "--channels")
+        {
+            if (! value (text)) return result;
+            if (text != "1" && text != "2")
+            {
+                result.error = "option --channels takes 1 or 2, not '" + text + "'";
+                return result;
+            }
+            o.channels = text.getIntValue();
+        }
+        else if (arg == "--bench")
+        {
+            o.bench = true;
+        }
+        else
+        {
+            result.error = "unknown option '" + arg + "' (see --help)";
+            return result;
+        }
+    }
+
+    if (! haveOut)
+        result.error = "missing --out FILE.wav (see --help)";
+    return result;
+}
+}

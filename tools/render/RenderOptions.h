@@ -1,0 +1,51 @@
+#pragma once
+
+#include <juce_core/juce_core.h>
+
+#include <optional>
+#include <vector>
+
+namespace morvane::render
+{
+struct NoteSpec
+{
+    int note = 60;
+    float velocity = 1.0f;
+    double start = 0.0;
+    double length = 1.0;
+};
+
+struct ParameterSetting
+{
+    juce::String id;
+    float value = 0.0f;
+};
+
+struct RenderOptions
+{
+    juce::File out;
+    std::optional<juce::File> preset;
+    std::vector<ParameterSetting> sets;
+    std::vector<NoteSpec> notes;
+    std::optional<juce::File> midi;
+    double tail = 1.0;
+    std::optional<double> seconds;
+    double rate = 48000.0;
+    int block = 512;
+    int channels = 2;
+    bool bench = false;
+    bool help = false;
+};
+
+struct ParseResult
+{
+    RenderOptions options;
+    juce::String error; // empty on success
+};
+
+// Reads the command line (without the program name). Checks syntax and ranges only; files and
+// parameter ids are checked when the session opens them.
+ParseResult parseRenderOptions (const juce::StringArray& args);
+
+juce::String usageText();
+}

@@ -1,0 +1,28 @@
+#include "render/RenderOptions.h"
+#include "render/RenderSession.h"
+
+#include <juce_events/juce_events.h>
+
+#include <iostream>
+
+int main (int argc, char* argv[])
+{
+    juce::StringArray args;
+    for (int i = 1; i < argc; ++i)
+        args.add (juce::String::fromUTF8 (argv[i]));
+
+    const auto parsed = morvane::render::parseRenderOptions (args);
+    if (parsed.options.help)
+    {
+        std::cout << morvane::render::usageText();
+        return morvane::render::exitOk;
+    }
+    if (parsed.error.isNotEmpty())
+    {
+        std::cerr << "morvane-render: " << parsed.error << std::endl;
+        return morvane::render::exitBadInput;
+    }
+
+    juce::ScopedJuceInitialiser_GUI juce;
+    return morvane::render::runRender (parsed.options);
+}

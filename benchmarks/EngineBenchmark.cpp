@@ -32,7 +32,7 @@ struct Rig
         p->setValueNotifyingHost (p->convertTo0to1 (value));
     }
 
-    // A richer patch than the default: two bright oscillators with morph.
+    // A richer patch than the default: two bright oscillators with morph into a resonant filter.
     void busyPatch()
     {
         set ("osc1Wave", 5.0f);
@@ -41,6 +41,9 @@ struct Rig
         set ("osc2Level", -3.0f);
         set ("pdMorphAmount", 0.3f);
         set ("glideTime", 0.03f);
+        set ("filterCutoff", 800.0f);
+        set ("filterReso", 0.5f);
+        set ("filterEnvAmount", 24.0f);
     }
 };
 

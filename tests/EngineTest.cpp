@@ -243,3 +243,83 @@ TEST (Engine, RingModeMultipliesTheOscillators)
     EXPECT_NEAR (toneMagnitude (x, 38400, 660.0, 48000.0), 0.25, 0.01);
     EXPECT_LT (toneMagnitude (x, 38400, 440.0, 48000.0), 0.01);
 }
+
+namespace
+{
+// Envelope of a rendered tone: the peak of each 1 ms window.
+std::vector<float> windowPeaks (const juce::AudioBuffer<float>& b, int window)
+{
+    std::vector<float> out;
+    for (int i = 0; i + window <= b.getNumSamples(); i += window)
+        out.push_back (peak (b.getReadPointer (0) + i, window));
+    return out;
+}
+}
+
+TEST (Engine, AmpEnvelopeSegmentTimesOnRenderedOutput)
+{
+    auto p = makePrepared();
+    setParameter (*p, "ampAttack", 0.1f);
+    setParameter (*p, "ampDecay", 0.2f);
+    setParameter (*p, "ampSustain", 0.5f);
+    setParameter (*p, "ampRelease", 0.3f);
+    // Held for 0.5 s, then released.
+    const auto out = renderProcessor (*p, 48000, 480, { { 0, 69, 1.0f }, { 24000, 69, 0.0f } });
+    const auto env = windowPeaks (out, 48); // 1 ms windows, 440 Hz has a peak in each half-cycle
+    const float top = *std::max_element (env.begin(), env.end());
+    EXPECT_NEAR (top, 0.5f, 0.01f);
+
+    const auto peakAt = (int) (std::max_element (env.begin(), env.end()) - env.begin());
+    EXPECT_NEAR (peakAt, 100, 3); // attack of 100 ms
+    EXPECT_NEAR (env[50] / top, 0.5f, 0.03f); // linear attack
+    EXPECT_NEAR (env[200] / top, 1.0f - 0.5f * 0.5f, 0.03f); // halfway through the decay
+    EXPECT_NEAR (env[450] / top, 0.5f, 0.02f); // sustain
+    EXPECT_NEAR (env[650] / top, 0.25f, 0.03f); // release halfway from the held 0.5
+    EXPECT_EQ (env[810], 0.0f); // over after 300 ms of release
+}
+
+TEST (Engine, FilterShapesTheToneAndPassesFullLevelWhenDisabled)
+{
+    auto brightness = [] (bool enabled, float cutoff)
+    {
+        auto p = makePrepared();
+        setParameter (*p, "osc1DcwDepth", 1.0f);
+        setParameter (*p, "osc1DcwSustain", 1.0f);
+        setParameter (*p, "filterEnabled", enabled ? 1.0f : 0.0f);
+        setParameter (*p, "filterCutoff", cutoff);
+        const auto out = renderProcessor (*p, 24000, 512, { { 0, 45, 1.0f } });
+        const float* x = out.getReadPointer (0) + 4800;
+        return std::pair { toneMagnitude (x, 19200, 110.0, 48000.0), toneMagnitude (x, 19200, 1760.0, 48000.0) };
+    };
+
+    const auto open = brightness (true, 20000.0f);
+    const auto disabled = brightness (false, 200.0f);
+    const auto closed = brightness (true, 200.0f);
+    EXPECT_NEAR (disabled.first, open.first, open.first * 0.01);
+    EXPECT_NEAR (disabled.second, open.second, open.second * 0.02);
+    // The 16th harmonic, three octaves above a 200 Hz cut-off, falls by far more than 60 dB.
+    EXPECT_LT (closed.second, open.second * 1.0e-3);
+    EXPECT_GT (closed.first, open.first * 0.5);
+}
+
+TEST (Engine, FilterEnvelopeOpensTheCutoffScaledByVelocity)
+{
+    auto upper = [] (float velocity, float velToFilter)
+    {
+        auto p = makePrepared();
+        setParameter (*p, "osc1DcwDepth", 1.0f);
+        setParameter (*p, "osc1DcwSustain", 1.0f);
+        setParameter (*p, "filterCutoff", 100.0f);
+        setParameter (*p, "filterEnvAmount", 48.0f);
+        setParameter (*p, "filterSustain", 1.0f);
+        setParameter (*p, "velToFilterEnv", velToFilter);
+        const auto out = renderProcessor (*p, 24000, 512, { { 0, 45, velocity } });
+        return toneMagnitude (out.getReadPointer (0) + 4800, 19200, 880.0, 48000.0);
+    };
+
+    const double fullEnvelope = upper (1.0f, 1.0f);
+    const double noEnvelope = upper (1.0f / 127.0f, 1.0f); // the lowest velocity takes the reach to almost 0
+    const double velocityIgnored = upper (1.0f / 127.0f, 0.0f);
+    EXPECT_GT (fullEnvelope, noEnvelope * 100.0); // 1.6 kHz cut-off against 100 Hz
+    EXPECT_NEAR (velocityIgnored, fullEnvelope, fullEnvelope * 0.02);
+}

@@ -46,6 +46,12 @@ void VoiceEngine::prepare (double newSampleRate, int maximumBlockSize)
 
     noteRandomGenerator.setSeed (0x51A7E11);
     noteRandom = 0.0f;
+    smoothRandom.prepare (sampleRate);
+    beatPhase = 0.0f;
+
+    for (auto& bank : filterBanks)
+        for (auto& filter : bank)
+            filter.prepare (overRate);
 
     // Sync partners: each oscillator listens to the other pair's instance on its side.
     oscillators[0].syncSource = &oscillators[2];
@@ -55,6 +61,8 @@ void VoiceEngine::prepare (double newSampleRate, int maximumBlockSize)
 
     for (auto* env : { &ampEnvelope, &filterEnvelope, &dcw1Envelope, &dcw2Envelope })
         env->setSampleRate (hostRate);
+
+    lfo.prepare (sampleRate);
 
     maxChunk = std::max (maximumBlockSize, 64);
     oversampler = std::make_unique<juce::dsp::Oversampling<float>> (
@@ -101,6 +109,28 @@ void VoiceEngine::prepare (double newSampleRate, int maximumBlockSize)
     setSmootherTargets();
     readModSlots();
     jumpSmoothersToTargets (true);
+    lastPlainLfoRate = -1.0f;
+    const float rate = sm (S::lfoRate).getCurrentValue();
+    updateLfoRate (rate, rate, sm (S::lfoPhase).getCurrentValue());
+}
+
+void VoiceEngine::updateLfoRate (float rate, float plainRate, float phaseDegrees) noexcept
+{
+    // The rate control's position picks the sync row; its pow is paid only when the rate moves.
+    if (plainRate != lastPlainLfoRate)
+    {
+        lastPlainLfoRate = plainRate;
+        lastNormalisedLfoRate = std::clamp (lfoRateRange.convertTo0to1 (std::clamp (plainRate, lfoRateRange.start, lfoRateRange.end)), 0.0f, 1.0f);
+    }
+    lfo.update (rate, lastNormalisedLfoRate, phaseDegrees, (int) load (lfo1ShapeValue), (int) load (lfo1SyncValue) == 1);
+}
+
+void VoiceEngine::setFilterModelNow (int model) noexcept
+{
+    filterModel = std::clamp (model, 0, (int) VoiceFilter::numModels - 1);
+    for (auto& bank : filterBanks)
+        for (auto& filter : bank)
+            filter.setModelNow (filterModel);
 }
 
 void VoiceEngine::setSmootherTargets() noexcept
@@ -193,6 +223,11 @@ void VoiceEngine::readModSlots() noexcept
         slots[i].amount = std::clamp (load (p.amount), -1.0f, 1.0f);
         slots[i].curve = (int) load (p.curve);
     }
+
+    sourceInUse.fill (false);
+    for (const auto& slot : slots)
+        if (slot.source > 0 && slot.source < numModSources && slot.destination != 0 && slot.amount != 0.0f)
+            sourceInUse[(size_t) slot.source] = true;
 }
 
 juce::ADSR::Parameters VoiceEngine::readGroup (EnvelopeGroup g) const noexcept
@@ -258,11 +293,22 @@ void VoiceEngine::applySettingsAtNote() noexcept
     oscillators[1].syncEnabled = sync1;
     oscillators[2].syncEnabled = sync2;
     oscillators[3].syncEnabled = sync2;
+
+    setFilterModelNow (params.index (P::filterModel));
 }
 
 void VoiceEngine::updateDiscreteSettings() noexcept
 {
     applyWaves();
+
+    const int model = std::clamp (params.index (P::filterModel), 0, (int) VoiceFilter::numModels - 1);
+    if (model != filterModel)
+    {
+        filterModel = model;
+        for (auto& bank : filterBanks)
+            for (auto& filter : bank)
+                filter.changeModel (model);
+    }
 }
 
 void VoiceEngine::updateTargetPitch() noexcept
@@ -285,6 +331,11 @@ void VoiceEngine::resetPhases (float phaseValue) noexcept
     oscillators[1].resetPhase (0.0f);
     oscillators[2].resetPhase (osc2Phase);
     oscillators[3].resetPhase (osc2Phase);
+
+    lfo.resetPhase();
+    lfo.heldValue = 0.0f;
+    if (lfo.shape == EngineLfo::sampleAndHold)
+        lfo.drawHeldValue();
 }
 
 void VoiceEngine::startNote (int note, float velocity, bool legato) noexcept
@@ -308,6 +359,13 @@ void VoiceEngine::startNote (int note, float velocity, bool legato) noexcept
         const int phaseMode = params.index (P::phaseMode);
         if (phaseMode == 2 || (phaseMode == 1 && wasIdle))
             resetPhases ((params.get (P::osc2PhaseOffset) + osc2PhaseSum) * 0.0027777778f);
+
+        if (params.index (P::lfo1Retrig) == 1)
+        {
+            lfo.resetPhase();
+            if (lfo.shape == EngineLfo::sampleAndHold)
+                lfo.drawHeldValue();
+        }
     }
 
     if (wasIdle)

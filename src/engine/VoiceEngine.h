@@ -1,8 +1,10 @@
 #pragma once
 
+#include "engine/EngineLfo.h"
 #include "engine/EngineParameters.h"
 #include "engine/ModMatrix.h"
 #include "engine/PdOscillator.h"
+#include "engine/VoiceFilter.h"
 
 #include <juce_audio_processors/juce_audio_processors.h>
 #include <juce_dsp/juce_dsp.h>
@@ -58,6 +60,20 @@ public:
 
     juce::ADSR ampEnvelope, filterEnvelope, dcw1Envelope, dcw2Envelope;
 
+    // Two banks of one filter per side; the second runs only while the drive position fades.
+    enum Side { left, right };
+    std::array<std::array<VoiceFilter, 2>, 2> filterBanks;
+    int filterModel = 0;
+
+    EngineLfo lfo;
+    SmoothRandom smoothRandom;
+    float beatPhase = 0.0f;
+
+    // Source values of the present host sample, by source index (0 is "off").
+    std::array<float, numModSources> sources {};
+    // Sources that some active slot reads; the others are not evaluated.
+    std::array<bool, numModSources> sourceInUse {};
+
     std::array<ModSlot, numModSlots> slots;
     ModSums sums;
     float lastLfoRateSum = 0.0f;
@@ -100,6 +116,8 @@ private:
     void updateTargetPitch() noexcept;
     void updateGlideCoefficient() noexcept;
     void resetPhases (float phaseValue) noexcept;
+    void updateLfoRate (float rate, float plainRate, float phaseDegrees) noexcept;
+    void setFilterModelNow (int model) noexcept;
 
     void renderChunk (juce::AudioBuffer<float>& buffer, int start, int n) noexcept;
     void outputStage (juce::AudioBuffer<float>& buffer, int start, int n) noexcept;
@@ -112,6 +130,8 @@ private:
     std::atomic<float>* lfo1ShapeValue = nullptr;
     std::atomic<float>* lfo1SyncValue = nullptr;
     juce::NormalisableRange<float> lfoRateRange { 0.05f, 20.0f };
+    float lastPlainLfoRate = -1.0f;
+    float lastNormalisedLfoRate = 0.5f;
 
     std::array<juce::SmoothedValue<float>, (size_t) S::count> linear;
     juce::SmoothedValue<float, juce::ValueSmoothingTypes::Multiplicative> cutoff { 20000.0f };

@@ -45,6 +45,9 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
 
     updateDiscreteSettings();
 
+    lfo.bpm = hostBpm > 0.0f ? hostBpm : 120.0f;
+    updateLfoRate (sm (S::lfoRate).getCurrentValue(), sm (S::lfoRate).getCurrentValue(), sm (S::lfoPhase).getCurrentValue());
+
     mode = params.index (P::mode);
     detuneMode = params.index (P::detuneMode);
     autoMakeup = params.on (P::driveAutoMakeup);
@@ -73,12 +76,31 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         const float dcw2Value = dcw2Envelope.getNextSample();
         const float lfoRateValue = sm (S::lfoRate).getNextValue();
         const float lfoPhaseValue = sm (S::lfoPhase).getNextValue();
-        juce::ignoreUnused (filterEnvValue, modWheelValue, aftertouchValue, dcw1Value, dcw2Value,
-                            lfoRateValue, lfoPhaseValue);
 
-        // 3. LFO, 4. smooth random, 5. source array: the modulation sources land here.
-        const float lfoDepthValue = sm (S::lfoDepth).getNextValue();
-        juce::ignoreUnused (lfoDepthValue);
+        // 3. LFO, with the matrix's rate and depth shares of the previous sample.
+        updateLfoRate (std::clamp (lfoRateValue + lastLfoRateSum, 0.001f, 200.0f), lfoRateValue, lfoPhaseValue);
+        const float lfoDepth = std::clamp (sm (S::lfoDepth).getNextValue() + lastLfoDepthSum, 0.0f, 1.0f);
+        float lfoValue = 0.0f;
+        if (sourceInUse[5])
+            lfoValue = lfoDepth * lfo.wave();
+        lfo.advance();
+
+        // 4. Smooth random.
+        const float smoothRandomValue = smoothRandom.step();
+
+        // 5. Source array.
+        sources[1] = noteVelocity;
+        sources[2] = keyTrack;
+        sources[3] = modWheelValue;
+        sources[4] = aftertouchValue;
+        sources[5] = lfoValue;
+        sources[6] = dcw1Value;
+        sources[7] = dcw2Value;
+        sources[8] = filterEnvValue;
+        sources[9] = ampEnvValue;
+        sources[10] = noteRandom;
+        sources[11] = smoothRandomValue;
+        sources[12] = sourceInUse[12] ? std::sin (6.2831855f * beatPhase) : 0.0f;
 
         // 6. Matrix.
         sums.clear();
@@ -96,6 +118,9 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         juce::ignoreUnused (detuneCents, detuneHz, width, beatValue, spreadValue);
         const float fHigh = f;
         const float fLow = f;
+        beatPhase += std::abs (fHigh - fLow) / (float) sampleRate;
+        if (beatPhase >= 1.0f)
+            beatPhase -= std::floor (beatPhase);
 
         // 9. Drift.
         const float driftAmount = sm (S::drift).getNextValue();
@@ -140,17 +165,27 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         const float driveDb = sm (S::driveDb).getNextValue();
         const float makeup = sm (S::makeupGain).getNextValue();
         const float driveMix = sm (S::driveMix).getNextValue();
-        const float filterWet = sm (S::filterWet).getNextValue();
-        juce::ignoreUnused (driveDb, makeup, driveMix, filterWet);
+        const float filterWet = std::clamp (sm (S::filterWet).getNextValue(), 0.0f, 1.0f);
+        juce::ignoreUnused (driveDb, makeup, driveMix);
 
         // 14. Filter controls.
-        const float cutoffHz = cutoff.getNextValue();
-        const float reso = sm (S::resonance).getNextValue();
-        const float envAmount = sm (S::envAmount).getNextValue();
-        const float phaseMixValue = sm (S::phaseMix).getNextValue();
-        const float phaseNotchValue = sm (S::phaseNotch).getNextValue();
-        const float phaseStereoValue = sm (S::phaseStereo).getNextValue();
-        juce::ignoreUnused (cutoffHz, reso, envAmount, phaseMixValue, phaseNotchValue, phaseStereoValue);
+        // 14. Filter controls: one cut-off for every filter, so its coefficients are worked out once.
+        const float envAmount = sm (S::envAmount).getNextValue() * velToFilterScale;
+        const float octaves = ((envAmount + sums[dest::filterEnv]) * filterEnvValue + sums[dest::cutoff]) * (1.0f / 12.0f);
+        const float hz = std::clamp (cutoff.getNextValue() * std::exp2 (octaves), 20.0f, 20000.0f);
+        const auto coefficients = VoiceFilter::coefficientsFor (hz, sampleRate * 2.0);
+        const float reso = std::clamp (sm (S::resonance).getNextValue() + sums[dest::resonance], 0.0f, 1.0f);
+        const float phaseMixValue = std::clamp (sm (S::phaseMix).getNextValue() + sums[dest::phaseMix], 0.0f, 1.0f);
+        const float phaseNotchValue = std::clamp (sm (S::phaseNotch).getNextValue() + sums[dest::phaseNotch], 0.0f, 1.0f);
+        const float phaseStereoValue = std::clamp (sm (S::phaseStereo).getNextValue(), 0.0f, 1.0f);
+        for (auto& bank : filterBanks)
+            for (int side = 0; side < 2; ++side)
+            {
+                auto& filter = bank[(size_t) side];
+                filter.applyCutoff (coefficients);
+                filter.setResonance (reso);
+                filter.setPhaseControls (phaseMixValue, phaseNotchValue, side == left ? -phaseStereoValue : phaseStereoValue);
+            }
 
         // 15. Multiband drive, Mod FX and post EQ controls.
         for (S s : { S::mbdMix, S::mbdLow, S::mbdMid, S::mbdHigh, S::modFxRate, S::modFxDepth,
@@ -201,6 +236,10 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
                 left = gain1 * a1 + gain2 * b1;
                 right = gain1 * a2 + gain2 * b2;
             }
+
+            // Drive and filter in the order of the drive position; the filter runs while disabled.
+            left += (filterBanks[0][Side::left].process (left) - left) * filterWet;
+            right += (filterBanks[0][Side::right].process (right) - right) * filterWet;
 
             overLeft[2 * i + k] = left;
             overRight[2 * i + k] = right;

@@ -154,3 +154,24 @@ TEST (ModulationSources, SourceArrayHoldsTheVoicesValues)
     EXPECT_EQ (engine.sources[11], engine.smoothRandom.value);
     EXPECT_EQ (engine.sources[12], 0.0f); // no detune: the beat phase stands still
 }
+
+TEST (ModulationSources, NotesResetTheLfoOnlyWhenTheyResetPhasesOrRetrigger)
+{
+    auto lfoPhaseAfterSecondNote = [] (float phaseMode, float retrig)
+    {
+        MorvaneAudioProcessor p;
+        setParameter (p, "phaseMode", phaseMode);
+        setParameter (p, "lfo1Retrig", retrig);
+        VoiceEngine engine (p.getParameterTree());
+        engine.prepare (48000.0, 256);
+        juce::AudioBuffer<float> buffer (2, 2400);
+        engine.startNote (40, 1.0f, false);
+        engine.render (buffer, 0, 2400);
+        engine.startNote (43, 1.0f, false);
+        return engine.lfo.phase;
+    };
+
+    EXPECT_EQ (lfoPhaseAfterSecondNote (2.0f, 0.0f), 0.0f); // "per": phases reset, the LFO with them
+    EXPECT_EQ (lfoPhaseAfterSecondNote (0.0f, 1.0f), 0.0f); // "free" phases, but "retrig"
+    EXPECT_NEAR (lfoPhaseAfterSecondNote (0.0f, 0.0f), 2400.0f / 48000.0f, 1.0e-4f); // runs on
+}

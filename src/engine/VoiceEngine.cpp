@@ -48,6 +48,13 @@ void VoiceEngine::prepare (double newSampleRate, int maximumBlockSize)
     noteRandom = 0.0f;
     smoothRandom.prepare (sampleRate);
     beatPhase = 0.0f;
+    drift.prepare (sampleRate);
+
+    for (auto& b : mixBlockers)
+        b.prepare (15.0f, overRate);
+    for (auto& b : outputBlockers)
+        b.prepare (10.0f, sampleRate);
+    monoLowBlocker.prepare (120.0f, sampleRate);
 
     for (auto& bank : filterBanks)
         for (auto& filter : bank)

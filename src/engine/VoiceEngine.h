@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/DcBlocker.h"
 #include "engine/EngineLfo.h"
 #include "engine/EngineParameters.h"
 #include "engine/ModMatrix.h"
@@ -68,6 +69,11 @@ public:
     EngineLfo lfo;
     SmoothRandom smoothRandom;
     float beatPhase = 0.0f;
+    OscillatorDrift drift;
+
+    // 15 Hz on the oversampled mix, 10 Hz on the output, and the mono-low high-pass of the side.
+    std::array<DcBlocker, 2> mixBlockers, outputBlockers;
+    DcBlocker monoLowBlocker;
 
     // Source values of the present host sample, by source index (0 is "off").
     std::array<float, numModSources> sources {};

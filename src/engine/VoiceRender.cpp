@@ -1,5 +1,7 @@
 #include "engine/VoiceEngine.h"
 
+#include "engine/ModMatrixEval.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -103,7 +105,7 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         sources[12] = sourceInUse[12] ? std::sin (6.2831855f * beatPhase) : 0.0f;
 
         // 6. Matrix.
-        sums.clear();
+        evaluateMatrix (slots, sources, sums, slotOutputs);
 
         // 7. Pitch.
         const float semis = sm (S::bend).getNextValue() + sums[dest::pitch];
@@ -112,20 +114,29 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         // 8. Detune and beat.
         const float detuneCents = sm (S::detuneCents).getNextValue();
         const float detuneHz = sm (S::detuneHz).getNextValue();
-        const float width = sm (S::stereoWidth).getNextValue();
-        const float beatValue = sm (S::beat).getNextValue();
-        const float spreadValue = sm (S::spread).getNextValue();
-        juce::ignoreUnused (detuneCents, detuneHz, width, beatValue, spreadValue);
-        const float fHigh = f;
-        const float fLow = f;
+        const float spread = std::clamp (sm (S::stereoWidth).getNextValue() + sm (S::spread).getNextValue()
+                                             + sums[dest::reeseSpread], 0.0f, 1.0f);
+        const float beat = std::clamp (sm (S::beat).getNextValue() + sums[dest::reeseBeat], 0.0f, 40.0f);
+        const float w = 1.0f - 2.0f * spread; // 1 mono, 0 only left detuned, -1 opposite sides
+        float fHigh, fLow;
+        if (detuneMode == 1)
+        {
+            const float d = detuneHz + sums[dest::osc2DetuneHz] + beat;
+            fHigh = f + d;
+            fLow = f + w * d;
+        }
+        else
+        {
+            const float r = std::exp2 ((detuneCents + sums[dest::osc2Detune]) * 0.00083333335f);
+            fHigh = r * f + beat;
+            fLow = (w == 1.0f ? r : std::pow (r, w)) * f + w * beat;
+        }
         beatPhase += std::abs (fHigh - fLow) / (float) sampleRate;
         if (beatPhase >= 1.0f)
             beatPhase -= std::floor (beatPhase);
 
-        // 9. Drift.
-        const float driftAmount = sm (S::drift).getNextValue();
-        juce::ignoreUnused (driftAmount);
-        const float driftRatio = 1.0f;
+        // 9. Drift, in opposite senses on the two pairs.
+        const float driftRatio = drift.ratio (sm (S::drift).getNextValue() + sums[dest::drift]);
 
         // 10. Oscillator frequencies.
         const float tune1 = semitoneRatio (sm (S::osc1Tune).getNextValue());
@@ -156,8 +167,8 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         }
 
         // 12. Oscillator and sub gains.
-        const float gain1 = sm (S::osc1Gain).getNextValue();
-        const float gain2 = sm (S::osc2Gain).getNextValue();
+        const float gain1 = sm (S::osc1Gain).getNextValue() * sumGainFactor (sums[dest::osc1Level]);
+        const float gain2 = sm (S::osc2Gain).getNextValue() * sumGainFactor (sums[dest::osc2Level]);
         const float gainSub = sm (S::subGain).getNextValue();
         juce::ignoreUnused (gainSub);
 
@@ -197,8 +208,7 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
 
         // 16. Output gain with the amp envelope and the matrix's amp factor.
         float outGain = sm (S::outputGain).getNextValue();
-        if (sums[dest::output] != 0.0f)
-            outGain *= sums[dest::output] <= -90.0f ? 0.0f : std::pow (10.0f, sums[dest::output] * 0.05f);
+        outGain *= sumGainFactor (sums[dest::output]);
         gainBuffer[(size_t) i] = outGain * ampEnvValue * sums.ampFactor;
 
         // 17. Sums read by the LFO on the next sample.
@@ -236,6 +246,9 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
                 left = gain1 * a1 + gain2 * b1;
                 right = gain1 * a2 + gain2 * b2;
             }
+
+            left = mixBlockers[Side::left].process (left);
+            right = mixBlockers[Side::right].process (right);
 
             // Drive and filter in the order of the drive position; the filter runs while disabled.
             left += (filterBanks[0][Side::left].process (left) - left) * filterWet;
@@ -282,14 +295,19 @@ void VoiceEngine::outputStage (juce::AudioBuffer<float>& buffer, int start, int 
         l *= g;
         r *= g;
 
-        // The 10 Hz DC blockers take their place here.
+        l = outputBlockers[Side::left].process (l);
+        r = outputBlockers[Side::right].process (r);
 
+        // Mono low: the side signal is high-passed, so the lows sum to mono.
         const float m = (l + r) * 0.5f;
         const float s = (l - r) * 0.5f;
         const float monoLowOn = sm (S::monoLowOn).getNextValue();
         const float monoLowHz = sm (S::monoLowHz).getNextValue();
-        juce::ignoreUnused (monoLowOn, monoLowHz);
-        const float sOut = s;
+        monoLowBlocker.setCutoff (sampleRate > 0.0 ? std::clamp (monoLowHz, 0.0f, 0.45f * (float) sampleRate)
+                                                   : std::min (monoLowHz, 20000.0f),
+                                  sampleRate);
+        const float h = monoLowBlocker.process (s);
+        const float sOut = s + (h - s) * monoLowOn;
 
         const float left = m + sOut;
         const float right = m - sOut;

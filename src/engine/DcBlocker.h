@@ -1,0 +1,67 @@
+#pragma once
+
+#include <juce_core/juce_core.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace morvane
+{
+// First-order DC blocker (high-pass): y = (x - x1 + y1) * R.
+struct DcBlocker
+{
+    float R = 0.0f, x1 = 0.0f, y1 = 0.0f;
+
+    void prepare (float cutoffHz, double rate) noexcept
+    {
+        x1 = y1 = 0.0f;
+        setCutoff (cutoffHz, rate);
+    }
+
+    void setCutoff (float cutoffHz, double rate) noexcept
+    {
+        const float r = (float) (rate > 0.0 ? rate : 44100.0);
+        R = std::exp (-6.2831855f * std::clamp (cutoffHz, 0.0f, 0.45f * r) / r);
+    }
+
+    float process (float x) noexcept
+    {
+        const float y = (x - x1 + y1) * R;
+        x1 = x;
+        y1 = y;
+        return y;
+    }
+};
+
+// Shared random walk that pulls the two oscillator pairs apart.
+struct OscillatorDrift
+{
+    float value = 0.0f, target = 0.0f, coefficient = 1.0f;
+    int counter = 0, interval = 1;
+    juce::Random random { 0x5A0D1234 };
+
+    void prepare (double hostRate) noexcept
+    {
+        random.setSeed (0x5A0D1234);
+        value = target = 0.0f;
+        counter = 0;
+        interval = std::max ((int) (hostRate * 0.22 + 0.5), 1);
+        coefficient = hostRate > 0.0 ? (float) (1.0 - std::exp (-1.0 / (hostRate * 0.035))) : 1.0f;
+    }
+
+    // Ratio for this host sample; the walk stands still, drawing nothing, while the amount is 0.
+    float ratio (float amount) noexcept
+    {
+        if (std::clamp (amount, 0.0f, 1.0f) <= 0.0f)
+            return 1.0f;
+        if (counter < 1)
+        {
+            counter = interval;
+            target = 2.0f * random.nextFloat() - 1.0f;
+        }
+        --counter;
+        value += (target - value) * coefficient;
+        return std::exp2 (std::min (amount, 1.0f) * value * 60.0f * 0.00083333335f);
+    }
+};
+}

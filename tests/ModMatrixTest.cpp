@@ -1,0 +1,154 @@
+#include "TestHelpers.h"
+
+#include "engine/DcBlocker.h"
+#include "engine/ModMatrixEval.h"
+
+#include <gtest/gtest.h>
+
+using namespace morvane;
+using namespace morvane::test;
+
+namespace
+{
+struct Matrix
+{
+    std::array<ModSlot, numModSlots> slots {};
+    std::array<float, numModSources> sources {};
+    ModSums sums;
+    std::array<std::atomic<float>, numModSlots> outputs {};
+
+    void run() { evaluateMatrix (slots, sources, sums, outputs); }
+};
+}
+
+TEST (ModMatrix, SlotsOnOneDestinationAddInItsUnits)
+{
+    Matrix m;
+    m.sources[5] = 0.5f;  // lfo
+    m.sources[1] = 0.8f;  // velocity
+    m.slots[0] = { 5, dest::cutoff, 0.5f, 0 };
+    m.slots[1] = { 1, dest::cutoff, -0.25f, 0 };
+    m.slots[2] = { 1, dest::pitch, 1.0f, 0 };
+    m.run();
+    EXPECT_FLOAT_EQ (m.sums[dest::cutoff], (0.5f * 0.5f - 0.25f * 0.8f) * 48.0f);
+    EXPECT_FLOAT_EQ (m.sums[dest::pitch], 0.8f * 48.0f);
+    EXPECT_FLOAT_EQ (m.outputs[1].load(), -0.2f);
+    EXPECT_EQ (m.sums.ampFactor, 1.0f);
+}
+
+TEST (ModMatrix, AmpMultipliesAndCanInvert)
+{
+    Matrix m;
+    m.sources[1] = 0.0f;
+    m.slots[0] = { 1, dest::amp, 0.5f, 0 }; // the default slot: velocity 0 leaves half
+    m.run();
+    EXPECT_FLOAT_EQ (m.sums.ampFactor, 0.5f);
+
+    m.sources[1] = 1.0f;
+    m.run();
+    EXPECT_FLOAT_EQ (m.sums.ampFactor, 1.0f);
+
+    m.sources[5] = -1.0f;
+    m.slots[1] = { 5, dest::amp, 1.0f, 0 };
+    m.run();
+    EXPECT_FLOAT_EQ (m.sums.ampFactor, -1.0f); // a bipolar source through 0 to a negative gain
+
+    m.slots[1] = { 5, dest::amp, -0.5f, 0 }; // negative amount: 1 - v
+    m.run();
+    EXPECT_FLOAT_EQ (m.sums.ampFactor, 0.5f * (1.0f + 1.0f) + 0.5f);
+}
+
+TEST (ModMatrix, ExpCurveKeepsTheSignAndZeroAmountsReportZero)
+{
+    Matrix m;
+    m.sources[5] = -0.5f;
+    m.slots[0] = { 5, dest::osc1Dcw, 1.0f, 1 };
+    m.slots[1] = { 5, dest::drive, 0.0f, 0 };
+    m.slots[2] = { 0, dest::drive, 1.0f, 0 };
+    m.slots[3] = { 5, dest::off, 1.0f, 0 };
+    m.slots[4] = { 20, dest::drive, 1.0f, 0 }; // beyond the source list
+    m.run();
+    EXPECT_FLOAT_EQ (m.sums[dest::osc1Dcw], -0.25f);
+    EXPECT_EQ (m.outputs[1].load(), 0.0f);
+    EXPECT_EQ (m.outputs[2].load(), 0.0f);
+    EXPECT_EQ (m.outputs[3].load(), 0.0f);
+    EXPECT_EQ (m.sums[dest::drive], 0.0f);
+}
+
+TEST (ModMatrix, GainFactorsHaveAFloor)
+{
+    EXPECT_EQ (sumGainFactor (0.0f), 1.0f);
+    EXPECT_EQ (sumGainFactor (-90.0f), 0.0f);
+    EXPECT_NEAR (sumGainFactor (-6.0f), 0.501187f, 1.0e-5f);
+}
+
+TEST (Drift, ExactlyOneAndNoDrawsWithoutAmount)
+{
+    OscillatorDrift d;
+    d.prepare (48000.0);
+    for (int i = 0; i < 1000; ++i)
+        ASSERT_EQ (d.ratio (0.0f), 1.0f);
+    EXPECT_EQ (d.counter, 0);
+    EXPECT_EQ (d.value, 0.0f);
+    float widest = 1.0f;
+    for (int i = 0; i < 48000; ++i)
+        widest = std::max (widest, d.ratio (1.0f));
+    EXPECT_GT (widest, 1.0f);
+    EXPECT_LE (widest, std::exp2 (60.0f / 1200.0f) + 1.0e-6f); // +-60 cents at full amount
+}
+
+namespace
+{
+std::pair<double, double> sideFrequencies (std::initializer_list<std::pair<const char*, float>> settings)
+{
+    auto p = makePrepared();
+    setParameter (*p, "osc1Level", -60.0f);
+    setParameter (*p, "osc2Level", 0.0f);
+    setParameter (*p, "monoLowEnabled", 0.0f);
+    for (auto [id, v] : settings)
+        setParameter (*p, id, v);
+    const auto out = renderProcessor (*p, 48000, 512, { { 0, 57, 1.0f } });
+    return { zeroCrossingFrequency (out.getReadPointer (0) + 4800, 43000, 48000.0),
+             zeroCrossingFrequency (out.getReadPointer (1) + 4800, 43000, 48000.0) };
+}
+}
+
+TEST (Detune, BeatAtFullSpreadSplitsTheSides)
+{
+    const auto [left, right] = sideFrequencies ({ { "reeseBeat", 5.0f }, { "reeseSpread", 1.0f } });
+    EXPECT_NEAR (left, 225.0, 0.05);
+    EXPECT_NEAR (right, 215.0, 0.05);
+
+    // Without spread both sides sit 5 Hz above.
+    const auto [l0, r0] = sideFrequencies ({ { "reeseBeat", 5.0f } });
+    EXPECT_NEAR (l0, 225.0, 0.05);
+    EXPECT_NEAR (r0, 225.0, 0.05);
+}
+
+TEST (Detune, CentsAtHalfSpreadLeaveTheRightSideExact)
+{
+    const auto [left, right] = sideFrequencies ({ { "osc2Detune", 50.0f }, { "stereoWidth", 0.3f }, { "reeseSpread", 0.2f } });
+    EXPECT_NEAR (left, 220.0 * std::pow (2.0, 50.0 / 1200.0), 0.05);
+    EXPECT_NEAR (right, 220.0, 0.02);
+}
+
+TEST (MonoLow, RemovesSideContentBelowItsFrequency)
+{
+    auto sideLevel = [] (bool monoLow)
+    {
+        auto p = makePrepared();
+        setParameter (*p, "osc1Level", -60.0f);
+        setParameter (*p, "osc2Level", 0.0f);
+        setParameter (*p, "reeseBeat", 5.0f);
+        setParameter (*p, "reeseSpread", 1.0f);
+        setParameter (*p, "monoLowEnabled", monoLow ? 1.0f : 0.0f);
+        setParameter (*p, "monoLowFreq", 300.0f);
+        const auto out = renderProcessor (*p, 48000, 512, { { 0, 33, 1.0f } }); // 55 Hz
+        double side = 0.0;
+        for (int i = 4800; i < 48000; ++i)
+            side += std::pow (out.getSample (0, i) - out.getSample (1, i), 2.0);
+        return std::sqrt (side / 43200.0);
+    };
+    // A first-order high-pass at 300 Hz takes a 55 Hz side signal down by about 15 dB.
+    EXPECT_LT (sideLevel (true), sideLevel (false) * 0.25);
+}

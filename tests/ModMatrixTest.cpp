@@ -152,3 +152,34 @@ TEST (MonoLow, RemovesSideContentBelowItsFrequency)
     // A first-order high-pass at 300 Hz takes a 55 Hz side signal down by about 15 dB.
     EXPECT_LT (sideLevel (true), sideLevel (false) * 0.25);
 }
+
+#include "engine/ModLabels.h"
+
+TEST (ModLabels, SourceNamesFollowTheTable)
+{
+    EXPECT_EQ (sourceId (3), "modwheel");
+    EXPECT_EQ (sourceId (12), "beatPhase");
+    EXPECT_EQ (sourceChipLabel (5), "LFO 1");
+    EXPECT_EQ (sourceChipLabel (0), "OFF");
+    EXPECT_EQ (sourceUpperName (6), "DCW ENV OSC 1");
+    EXPECT_EQ (sourceUpperName (2), "");
+    EXPECT_EQ (sourceChipLabel (13), "");
+    EXPECT_EQ (shortSourceName (" mod wheel "), "MW");
+    EXPECT_EQ (shortSourceName ("dcw env osc 2"), "DCW2");
+    EXPECT_EQ (shortSourceName ("lfo 1"), "LFO 1"); // not in the table: itself, in capitals
+    EXPECT_EQ (shortSourceName ("key"), "KEY");
+}
+
+TEST (ModLabels, DestinationShortLabels)
+{
+    EXPECT_EQ (destinationShortLabel (10), "O2 DETUNE");
+    EXPECT_EQ (destinationShortLabel (11), "O2 HZ");
+    EXPECT_EQ (destinationShortLabel (15), "FENV");
+    EXPECT_EQ (destinationShortLabel (20), "NOISE");
+    EXPECT_EQ (destinationShortLabel (6), "SUB");
+    EXPECT_EQ (destinationShortLabel (14), "RES");
+    EXPECT_EQ (destinationShortLabel (19), "OUT");
+    EXPECT_EQ (destinationShortLabel (21), "O1 PW");
+    EXPECT_EQ (destinationShortLabel (34), "EQ NOTCH HZ");
+    EXPECT_EQ (destinationShortLabel (35), "");
+}

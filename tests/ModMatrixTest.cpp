@@ -183,3 +183,25 @@ TEST (ModLabels, DestinationShortLabels)
     EXPECT_EQ (destinationShortLabel (34), "EQ NOTCH HZ");
     EXPECT_EQ (destinationShortLabel (35), "");
 }
+
+TEST (ModMatrix, PitchBeyondOneOctaveKeepsThePhaseInRange)
+{
+    auto p = makePrepared();
+    // Four slots of mod wheel to pitch at full amount: +192 semitones, far past the oversampled rate.
+    for (int slot = 1; slot <= 4; ++slot)
+    {
+        setParameter (*p, "mod" + juce::String (slot) + "Source", 3.0f);
+        setParameter (*p, "mod" + juce::String (slot) + "Dest", 7.0f);
+        setParameter (*p, "mod" + juce::String (slot) + "Amount", 1.0f);
+    }
+    p->pushModWheel (1.0f);
+    const auto out = renderProcessor (*p, 9600, 512, { { 0, 100, 1.0f } });
+    for (int i = 0; i < 9600; ++i)
+        ASSERT_TRUE (std::isfinite (out.getSample (0, i)));
+    for (const auto& osc : p->getEngine().oscillators)
+    {
+        EXPECT_GT (osc.increment, 1.0f);
+        EXPECT_GE (osc.phase, 0.0f);
+        EXPECT_LT (osc.phase, 1.0f);
+    }
+}

@@ -75,7 +75,9 @@ TEST (EngineLfo, ShapesPhaseAndHeldValues)
     {
         const float a = square.step(), b = inverted.step();
         if (i % 24000 > 5 && i % 24000 < 23995) // away from the edges
+        {
             ASSERT_EQ (a, -b) << i;
+        }
     }
 
     // A change of shape to "s&h" draws at once; other changes keep the phase.

@@ -56,9 +56,26 @@ void VoiceEngine::prepare (double newSampleRate, int maximumBlockSize)
         b.prepare (10.0f, sampleRate);
     monoLowBlocker.prepare (120.0f, sampleRate);
 
+    for (auto& sub : subs)
+        sub.prepare (overRate);
+    noise[Side::left].prepare (sampleRate, 0xA1B2C3D4u);
+    noise[Side::right].prepare (sampleRate, 0xD4C3B2A1u);
+
+    for (auto& bank : shaperBanks)
+        for (auto& shaper : bank)
+            shaper.prepare (overRate);
     for (auto& bank : filterBanks)
         for (auto& filter : bank)
             filter.prepare (overRate);
+    positionFadeLength = routingFadeLength = std::max ((int) (positiveRate (overRate) * 0.005 + 0.5), 1);
+    positionFadeCounter = routingFadeCounter = 0;
+    feedbackSamples = {};
+    toneStates = {};
+
+    for (auto& m : multiband)
+        m.prepare (overRate);
+    for (auto& eq : postEqs)
+        eq.prepare (sampleRate);
 
     // Sync partners: each oscillator listens to the other pair's instance on its side.
     oscillators[0].syncSource = &oscillators[2];
@@ -80,6 +97,7 @@ void VoiceEngine::prepare (double newSampleRate, int maximumBlockSize)
     gainBuffer.assign ((size_t) maxChunk, 0.0f);
     noisePostLeft.assign ((size_t) maxChunk, 0.0f);
     noisePostRight.assign ((size_t) maxChunk, 0.0f);
+    outputControls.assign ((size_t) maxChunk, OutputControls {});
     antiClickLength = std::max ((int) (sampleRate * 0.003 + 0.5), 1);
     antiClickCounter = 0;
     dryBuffer.setSize (2, maxChunk, false, true, false);
@@ -302,6 +320,7 @@ void VoiceEngine::applySettingsAtNote() noexcept
     oscillators[3].syncEnabled = sync2;
 
     setFilterModelNow (params.index (P::filterModel));
+    applyStageSettingsAtNote();
 }
 
 void VoiceEngine::updateDiscreteSettings() noexcept
@@ -316,6 +335,8 @@ void VoiceEngine::updateDiscreteSettings() noexcept
             for (auto& filter : bank)
                 filter.changeModel (model);
     }
+
+    updateStageSettings();
 }
 
 void VoiceEngine::updateTargetPitch() noexcept
@@ -338,6 +359,8 @@ void VoiceEngine::resetPhases (float phaseValue) noexcept
     oscillators[1].resetPhase (0.0f);
     oscillators[2].resetPhase (osc2Phase);
     oscillators[3].resetPhase (osc2Phase);
+    for (auto& sub : subs)
+        sub.resetPhase();
 
     lfo.resetPhase();
     lfo.heldValue = 0.0f;

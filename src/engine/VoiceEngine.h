@@ -1,10 +1,15 @@
 #pragma once
 
 #include "engine/DcBlocker.h"
+#include "engine/DriveShaper.h"
 #include "engine/EngineLfo.h"
 #include "engine/EngineParameters.h"
 #include "engine/ModMatrix.h"
+#include "engine/MultibandDrive.h"
+#include "engine/NoiseSource.h"
 #include "engine/PdOscillator.h"
+#include "engine/PostEq.h"
+#include "engine/SubOscillator.h"
 #include "engine/VoiceFilter.h"
 
 #include <juce_audio_processors/juce_audio_processors.h>
@@ -12,6 +17,7 @@
 
 #include <array>
 #include <atomic>
+#include <limits>
 #include <memory>
 #include <vector>
 
@@ -61,10 +67,27 @@ public:
 
     juce::ADSR ampEnvelope, filterEnvelope, dcw1Envelope, dcw2Envelope;
 
-    // Two banks of one filter per side; the second runs only while the drive position fades.
+    // Left and right; the two subs always share phase and increment.
+    std::array<SubOscillator, 2> subs;
+    std::array<NoiseSource, 2> noise;
+
+    // Two banks of one shaper and one filter per side; the second runs only while the drive
+    // position fades, warming up the new order before the banks swap.
     enum Side { left, right };
+    std::array<std::array<DriveShaper, 2>, 2> shaperBanks;
     std::array<std::array<VoiceFilter, 2>, 2> filterBanks;
     int filterModel = 0;
+
+    enum Routing { preDrive, postFilter };
+    int drivePosition = 0, previousDrivePosition = 0, positionFadeLength = 1, positionFadeCounter = 0;
+    int subRouting = preDrive, previousSubRouting = preDrive, routingFadeLength = 1, routingFadeCounter = 0;
+
+    // The feedback loop: one oversampled sample of delay through a one-pole tone filter.
+    std::array<float, 2> feedbackSamples {};
+    std::array<float, 2> toneStates {};
+
+    std::array<MultibandDrive, 2> multiband;
+    std::array<PostEq, 2> postEqs;
 
     EngineLfo lfo;
     SmoothRandom smoothRandom;
@@ -124,6 +147,13 @@ private:
     void resetPhases (float phaseValue) noexcept;
     void updateLfoRate (float rate, float plainRate, float phaseDegrees) noexcept;
     void setFilterModelNow (int model) noexcept;
+    void applyStageSettingsAtNote() noexcept;
+    void updateStageSettings() noexcept;
+    void changeDrivePosition (int position) noexcept;
+    void finishDrivePositionFade() noexcept;
+    float subRatio() noexcept;
+    void updateMultiband (int voiceDriveMode) noexcept;
+    float driveAndFilter (int bank, int side, float x, int position) noexcept;
 
     void renderChunk (juce::AudioBuffer<float>& buffer, int start, int n) noexcept;
     void outputStage (juce::AudioBuffer<float>& buffer, int start, int n) noexcept;
@@ -155,5 +185,37 @@ private:
     int mode = 0;
     int detuneMode = 0;
     bool autoMakeup = false;
+
+    // Per-sample drive values of the present host sample.
+    float driveMakeup = 1.0f;
+    float driveMixAmount = 1.0f;
+    float filterWetAmount = 1.0f;
+
+    // Controls of the host-rate output stage, worked out in the main loop for each host sample.
+    struct OutputControls
+    {
+        bool eqEnabled = false;
+        float tilt = 0.0f, notchHz = 800.0f, notchDepth = 0.0f;
+    };
+    std::vector<OutputControls> outputControls;
+
+    // A power of ten recomputed only when its exponent moves: static patches pay no pow.
+    struct CachedExp
+    {
+        float key = std::numeric_limits<float>::quiet_NaN();
+        float value = 1.0f;
+        template <typename Fn> float get (float k, Fn&& compute) noexcept
+        {
+            if (! (k == key))
+            {
+                key = k;
+                value = compute (k);
+            }
+            return value;
+        }
+    };
+    CachedExp subRatioCache, driveGainCache, makeupCache, toneCache;
+    std::array<CachedExp, 3> bandGainCaches;
+    int makeupCacheMode = -1;
 };
 }

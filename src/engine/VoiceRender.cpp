@@ -61,9 +61,6 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
     float* overLeft = upBlock.getChannelPointer (0);
     float* overRight = upBlock.getChannelPointer (1);
 
-    const float overRate = (float) (sampleRate * 2.0);
-    const float inverseOverRate = overRate > 0.0f ? 1.0f / overRate : 0.0f;
-
     for (int i = 0; i < n; ++i)
     {
         // 1. Glide: a one-pole slew in note numbers.
@@ -145,6 +142,9 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         oscillators[1].frequency = oscillators[0].frequency;
         oscillators[2].frequency = fHigh * tune2 * driftRatio;
         oscillators[3].frequency = fLow * tune2 * driftRatio;
+        const float subHz = f * subRatio();
+        for (auto& sub : subs)
+            sub.setFrequency (subHz);
 
         // 11. DCW depths, morph, pulse widths.
         const bool lock = params.on (P::reeseLock);
@@ -156,8 +156,9 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         const float width1 = std::clamp (sm (S::osc1Width).getNextValue() + sums[dest::osc1Pw], 0.05f, 0.95f);
         const float width2Smoothed = sm (S::osc2Width).getNextValue();
         const float width2 = std::clamp ((lock ? width1 : width2Smoothed) + sums[dest::osc2Pw], 0.05f, 0.95f);
-        const float subDcwValue = sm (S::subDcw).getNextValue();
-        juce::ignoreUnused (subDcwValue);
+        const float subDcw = std::clamp (sm (S::subDcw).getNextValue() + sums[dest::subDcw], 0.0f, 1.0f);
+        for (auto& sub : subs)
+            sub.dcw = subDcw;
         for (int o = 0; o < 4; ++o)
         {
             auto& osc = oscillators[(size_t) o];
@@ -169,17 +170,30 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         // 12. Oscillator and sub gains.
         const float gain1 = sm (S::osc1Gain).getNextValue() * sumGainFactor (sums[dest::osc1Level]);
         const float gain2 = sm (S::osc2Gain).getNextValue() * sumGainFactor (sums[dest::osc2Level]);
-        const float gainSub = sm (S::subGain).getNextValue();
-        juce::ignoreUnused (gainSub);
+        const float gainSub = sm (S::subGain).getNextValue() * sumGainFactor (sums[dest::subLevel]);
 
         // 13. Drive gain, makeup, drive mix, filter wet.
-        const float driveDb = sm (S::driveDb).getNextValue();
-        const float makeup = sm (S::makeupGain).getNextValue();
-        const float driveMix = sm (S::driveMix).getNextValue();
-        const float filterWet = std::clamp (sm (S::filterWet).getNextValue(), 0.0f, 1.0f);
-        juce::ignoreUnused (driveDb, makeup, driveMix);
+        const float driveDb = sm (S::driveDb).getNextValue() * velToDriveScale + sums[dest::drive];
+        const float driveGain = driveGainCache.get (std::clamp (driveDb, 0.0f, 24.0f),
+                                                    [] (float d) { return std::pow (10.0f, d * 0.05f); });
+        for (auto& bank : shaperBanks)
+            for (auto& shaper : bank)
+                shaper.gain = driveGain;
+        const int leftMode = shaperBanks[0][Side::left].mode;
+        float autoGain = 1.0f;
+        if (autoMakeup)
+        {
+            if (leftMode != makeupCacheMode)
+            {
+                makeupCacheMode = leftMode;
+                makeupCache.key = std::numeric_limits<float>::quiet_NaN();
+            }
+            autoGain = makeupCache.get (driveDb, [leftMode] (float d) { return DriveShaper::autoMakeup (leftMode, d); });
+        }
+        driveMakeup = sm (S::makeupGain).getNextValue() * autoGain;
+        driveMixAmount = std::clamp (sm (S::driveMix).getNextValue(), 0.0f, 1.0f);
+        filterWetAmount = std::clamp (sm (S::filterWet).getNextValue(), 0.0f, 1.0f);
 
-        // 14. Filter controls.
         // 14. Filter controls: one cut-off for every filter, so its coefficients are worked out once.
         const float envAmount = sm (S::envAmount).getNextValue() * velToFilterScale;
         const float octaves = ((envAmount + sums[dest::filterEnv]) * filterEnvValue + sums[dest::cutoff]) * (1.0f / 12.0f);
@@ -199,12 +213,16 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
             }
 
         // 15. Multiband drive, Mod FX and post EQ controls.
-        for (S s : { S::mbdMix, S::mbdLow, S::mbdMid, S::mbdHigh, S::modFxRate, S::modFxDepth,
-                     S::modFxFeedback, S::modFxMix, S::tilt, S::notchDepth })
+        updateMultiband (leftMode);
+        for (S s : { S::modFxRate, S::modFxDepth, S::modFxFeedback, S::modFxMix })
             sm (s).getNextValue();
-        lowCross.getNextValue();
-        highCross.getNextValue();
-        notchHz.getNextValue();
+        auto& controls = outputControls[(size_t) i];
+        controls.eqEnabled = params.on (P::postEqEnable);
+        controls.tilt = std::clamp (sm (S::tilt).getNextValue(), -12.0f, 12.0f);
+        const float notchSum = sums[dest::eqNotchHz];
+        controls.notchHz = std::clamp (notchHz.getNextValue() * (notchSum != 0.0f ? std::exp2 (notchSum * (1.0f / 12.0f)) : 1.0f),
+                                       50.0f, 12000.0f);
+        controls.notchDepth = std::clamp (sm (S::notchDepth).getNextValue(), 0.0f, 1.0f);
 
         // 16. Output gain with the amp envelope and the matrix's amp factor.
         float outGain = sm (S::outputGain).getNextValue();
@@ -216,16 +234,22 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         lastLfoDepthSum = sums[dest::lfo1Depth];
         osc2PhaseSum = sums[dest::osc2Phase];
 
-        // 18. Noise split.
-        sm (S::noiseGain).getNextValue();
-        sm (S::noiseRouting).getNextValue();
-        noisePostLeft[(size_t) i] = 0.0f;
-        noisePostRight[(size_t) i] = 0.0f;
+        // 18. Noise split: a balance between noise through drive and filter and noise around them.
+        const float noiseGain = sm (S::noiseGain).getNextValue() * sumGainFactor (sums[dest::noiseLevel]);
+        const float route = std::clamp (sm (S::noiseRouting).getNextValue(), 0.0f, 1.0f);
+        const float preGain = (1.0f - route) * noiseGain;
+        const float postGain = route * noiseGain;
+        noisePostLeft[(size_t) i] = noise[Side::left].next() * postGain;
+        noisePostRight[(size_t) i] = noise[Side::right].next() * postGain;
 
         // 19. Sub send and feedback.
-        sm (S::subSend).getNextValue();
-        sm (S::feedback).getNextValue();
-        sm (S::feedbackTone).getNextValue();
+        const float sendValue = sm (S::subSend).getNextValue();
+        const float send = subRouting == postFilter ? 0.0f : std::clamp (sendValue, 0.0f, 1.0f);
+        const float postShare = 1.0f - send;
+        const float feedbackGain = std::clamp (sm (S::feedback).getNextValue() + sums[dest::feedback], 0.0f, 1.0f) * 0.35f;
+        const float toneCoefficient = toneCache.get (sm (S::feedbackTone).getNextValue(), [this] (float tone)
+                                                     { return 1.0f - std::exp (-6.2831855f * tone / (2.0f * (float) sampleRate)); });
+        const bool feedbackPre = params.index (P::feedbackPosition) == preDrive;
 
         // 20. Two oversampled steps.
         for (int k = 0; k < 2; ++k)
@@ -234,92 +258,85 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
             const float a2 = oscillators[1].process();
             const float b1 = oscillators[2].process();
             const float b2 = oscillators[3].process();
+            // The two subs share phase and increment by construction, so one is computed.
+            const float sub = subs[Side::left].process() * gainSub;
+            subs[Side::right] = subs[Side::left];
 
-            float left, right;
+            float l, r;
             if (mode == 1)
             {
-                left = (gain1 * a1) * (gain2 * b1);
-                right = (gain1 * a2) * (gain2 * b2);
+                l = (gain1 * a1) * (gain2 * b1);
+                r = (gain1 * a2) * (gain2 * b2);
             }
             else
             {
-                left = gain1 * a1 + gain2 * b1;
-                right = gain1 * a2 + gain2 * b2;
+                l = gain1 * a1 + gain2 * b1;
+                r = gain1 * a2 + gain2 * b2;
             }
 
-            left = mixBlockers[Side::left].process (left);
-            right = mixBlockers[Side::right].process (right);
+            l = mixBlockers[Side::left].process (l + noise[Side::left].next() * preGain);
+            r = mixBlockers[Side::right].process (r + noise[Side::right].next() * preGain);
+
+            // Shares of the sub before the drive and after the multiband drive.
+            float sendNow = send, postNow = postShare;
+            if (routingFadeCounter > 0)
+            {
+                const float x = (1.0f - (float) routingFadeCounter / (float) routingFadeLength) * 1.5707964f;
+                const float oldSend = previousSubRouting == postFilter ? 0.0f : send;
+                const float c = std::cos (x), s = std::sin (x);
+                postNow = (1.0f - oldSend) * c + postShare * s;
+                sendNow = oldSend * c + send * s;
+                if (--routingFadeCounter == 0)
+                    previousSubRouting = subRouting;
+            }
+
+            l += sendNow * sub;
+            r += sendNow * sub;
+            if (feedbackPre)
+            {
+                l += feedbackGain * feedbackSamples[Side::left];
+                r += feedbackGain * feedbackSamples[Side::right];
+            }
 
             // Drive and filter in the order of the drive position; the filter runs while disabled.
-            left += (filterBanks[0][Side::left].process (left) - left) * filterWet;
-            right += (filterBanks[0][Side::right].process (right) - right) * filterWet;
+            if (positionFadeCounter > 0)
+            {
+                const float x = (1.0f - (float) positionFadeCounter / (float) positionFadeLength) * 1.5707964f;
+                const float c = std::cos (x), s = std::sin (x);
+                l = c * driveAndFilter (0, Side::left, l, previousDrivePosition)
+                + s * driveAndFilter (1, Side::left, l, drivePosition);
+                r = c * driveAndFilter (0, Side::right, r, previousDrivePosition)
+                + s * driveAndFilter (1, Side::right, r, drivePosition);
+                if (--positionFadeCounter == 0)
+                    finishDrivePositionFade();
+            }
+            else
+            {
+                l = driveAndFilter (0, Side::left, l, drivePosition);
+                r = driveAndFilter (0, Side::right, r, drivePosition);
+            }
 
-            overLeft[2 * i + k] = left;
-            overRight[2 * i + k] = right;
+            if (! feedbackPre)
+            {
+                l += feedbackGain * feedbackSamples[Side::left];
+                r += feedbackGain * feedbackSamples[Side::right];
+            }
+            toneStates[Side::left] += (l - toneStates[Side::left]) * toneCoefficient;
+            toneStates[Side::right] += (r - toneStates[Side::right]) * toneCoefficient;
+            feedbackSamples = toneStates;
+
+            l = multiband[Side::left].process (l) + postNow * sub;
+            r = multiband[Side::right].process (r) + postNow * sub;
+
+            overLeft[2 * i + k] = l;
+            overRight[2 * i + k] = r;
         }
     }
-    juce::ignoreUnused (inverseOverRate);
 
     oversampler->processSamplesDown (dryBlock);
     outputStage (buffer, start, n);
 
     for (S s : { S::filterAttack, S::filterDecay, S::filterSustain, S::filterRelease })
         sm (s).skip (n);
-}
-
-void VoiceEngine::outputStage (juce::AudioBuffer<float>& buffer, int start, int n) noexcept
-{
-    const float* dryLeft = dryBuffer.getReadPointer (0);
-    const float* dryRight = dryBuffer.getReadPointer (1);
-    const int channels = buffer.getNumChannels();
-    float* outLeft = channels > 0 ? buffer.getWritePointer (0, start) : nullptr;
-    float* outRight = channels > 1 ? buffer.getWritePointer (1, start) : nullptr;
-    if (outLeft == nullptr)
-        return;
-
-    for (int i = 0; i < n; ++i)
-    {
-        float g = gainBuffer[(size_t) i];
-        if (antiClickCounter > 0)
-        {
-            const float c = (float) antiClickCounter--;
-            const float t = 1.0f - c / (float) antiClickLength;
-            g *= (3.0f - 2.0f * t) * t * t;
-        }
-
-        float l = dryLeft[i] + noisePostLeft[(size_t) i];
-        float r = dryRight[i] + noisePostRight[(size_t) i];
-
-        // Mod FX and post EQ take their places here.
-
-        l *= g;
-        r *= g;
-
-        l = outputBlockers[Side::left].process (l);
-        r = outputBlockers[Side::right].process (r);
-
-        // Mono low: the side signal is high-passed, so the lows sum to mono.
-        const float m = (l + r) * 0.5f;
-        const float s = (l - r) * 0.5f;
-        const float monoLowOn = sm (S::monoLowOn).getNextValue();
-        const float monoLowHz = sm (S::monoLowHz).getNextValue();
-        monoLowBlocker.setCutoff (sampleRate > 0.0 ? std::clamp (monoLowHz, 0.0f, 0.45f * (float) sampleRate)
-                                                   : std::min (monoLowHz, 20000.0f),
-                                  sampleRate);
-        const float h = monoLowBlocker.process (s);
-        const float sOut = s + (h - s) * monoLowOn;
-
-        const float left = m + sOut;
-        const float right = m - sOut;
-        if (outRight != nullptr)
-        {
-            outLeft[i] += left;
-            outRight[i] += right;
-        }
-        else
-        {
-            outLeft[i] += (left + right) * 0.7071068f;
-        }
-    }
 }
 }

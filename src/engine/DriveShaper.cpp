@@ -1,0 +1,112 @@
+#include "engine/DriveShaper.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace morvane
+{
+namespace
+{
+    // log(cosh(t)) written so that exp never overflows.
+    inline float logCosh (float t) noexcept
+    {
+        const float a = std::abs (t);
+        return std::log ((std::exp (-2.0f * a) + 1.0f) * 0.5f) + a;
+    }
+
+    inline float softShape (float x, float p, float g) noexcept
+    {
+        const float u = g * x, w = g * p;
+        if (std::abs (u - w) < 0.001f)
+            return std::tanh (u) / g;
+        return (logCosh (u) - logCosh (w)) / (g * (u - w));
+    }
+
+    // Two Newton steps on a back-to-back diode pair (Vt 0.026, asymmetry 0.7), from the input.
+    inline float diodeShape (float x, float g) noexcept
+    {
+        const float t = 0.5f * g * x;
+        float v = t;
+        for (int i = 0; i < 2; ++i)
+        {
+            const float e = std::exp (std::clamp (v * 38.461536f, -30.0f, 30.0f));
+            const float r = 0.7f / e;
+            v -= ((e - r) * 0.1f + (v - t)) / ((r + e) * 3.8461537f + 1.0f);
+        }
+        return 2.0f / std::max (g, 1.0f) * v * 0.9f;
+    }
+
+    inline float foldShape (float x, float p, float g) noexcept
+    {
+        const float a = (g - 1.0f) * 6.0f + 1.0f;
+        const float u = a * x, w = a * p;
+        const float y = std::abs (u - w) < 0.0001f ? std::sin (u) : (std::cos (w) - std::cos (u)) / (u - w);
+        return y * 0.7f;
+    }
+}
+
+void DriveShaper::prepare (double oversampledRate) noexcept
+{
+    const double rate = oversampledRate > 0.0 ? oversampledRate : 44100.0;
+    fadeLength = std::max ((int) (rate * 0.005 + 0.5), 1);
+    clearState();
+}
+
+void DriveShaper::clearState() noexcept
+{
+    previousMode = mode;
+    lastInput = 0.0f;
+    fadeCounter = 0;
+}
+
+void DriveShaper::setModeNow (int newMode) noexcept
+{
+    mode = previousMode = std::clamp (newMode, 0, (int) numModes - 1);
+    fadeCounter = 0;
+}
+
+void DriveShaper::changeMode (int newMode) noexcept
+{
+    newMode = std::clamp (newMode, 0, (int) numModes - 1);
+    if (newMode == mode)
+        return;
+    previousMode = mode;
+    mode = newMode;
+    fadeCounter = fadeLength;
+}
+
+float DriveShaper::shape (int m, float x, float p, float g) noexcept
+{
+    if (g <= 1.000001f)
+        return x;
+    switch (m)
+    {
+        case diode: return diodeShape (x, g);
+        case fold:  return foldShape (x, p, g);
+        default:    return softShape (x, p, g);
+    }
+}
+
+float DriveShaper::autoMakeup (int m, float driveDb) noexcept
+{
+    if (driveDb <= 0.01f)
+        return 1.0f;
+    const float c = m == diode ? 0.55f : (m == fold ? 0.4f : 0.5f);
+    return std::pow (10.0f, c * driveDb * 0.05f);
+}
+
+float DriveShaper::process (float x) noexcept
+{
+    const float y = shape (mode, x, lastInput, gain);
+    if (fadeCounter > 0)
+    {
+        const float old = shape (previousMode, x, lastInput, gain);
+        lastInput = x;
+        const float angle = (1.0f - (float) fadeCounter / (float) fadeLength) * 1.5707964f;
+        --fadeCounter;
+        return std::cos (angle) * old + std::sin (angle) * y;
+    }
+    lastInput = x;
+    return y;
+}
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+namespace morvane
+{
+// The sub: a sine or a plain PD wave, no envelope, no sync, no band-limiting.
+struct SubOscillator
+{
+    double sampleRate = 88200.0;
+    float inverseRate = 1.0f / 88200.0f;
+    float phase = 0.0f;
+    float increment = 0.0f;
+    bool usePd = false;
+    int wave = 0;
+    float dcw = 0.0f;
+    float rmsGain = 1.0f;
+    int fadeLength = 1;
+    int fadeCounter = 0;
+    float oldPhase = 0.0f;
+
+    void prepare (double oversampledRate) noexcept;
+    void setShape (bool pd, int newWave) noexcept;
+    void setFrequency (float hz) noexcept { increment = hz * inverseRate; }
+
+    // Runs on from the old phase while the new one fades in.
+    void resetPhase() noexcept;
+
+    float process() noexcept;
+
+private:
+    float valueAt (float p) const noexcept;
+};
+}

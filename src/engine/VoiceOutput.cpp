@@ -1,0 +1,73 @@
+#include "engine/VoiceEngine.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace morvane
+{
+void VoiceEngine::outputStage (juce::AudioBuffer<float>& buffer, int start, int n) noexcept
+{
+    const float* dryLeft = dryBuffer.getReadPointer (0);
+    const float* dryRight = dryBuffer.getReadPointer (1);
+    const int channels = buffer.getNumChannels();
+    float* outLeft = channels > 0 ? buffer.getWritePointer (0, start) : nullptr;
+    float* outRight = channels > 1 ? buffer.getWritePointer (1, start) : nullptr;
+    if (outLeft == nullptr)
+        return;
+
+    for (int i = 0; i < n; ++i)
+    {
+        float g = gainBuffer[(size_t) i];
+        if (antiClickCounter > 0)
+        {
+            const float c = (float) antiClickCounter--;
+            const float t = 1.0f - c / (float) antiClickLength;
+            g *= (3.0f - 2.0f * t) * t * t;
+        }
+
+        float l = dryLeft[i] + noisePostLeft[(size_t) i];
+        float r = dryRight[i] + noisePostRight[(size_t) i];
+
+        // The Mod FX pair takes its place here.
+
+        const auto& controls = outputControls[(size_t) i];
+        for (auto& eq : postEqs)
+        {
+            eq.enabled = controls.eqEnabled;
+            eq.setTilt (controls.tilt);
+            eq.setNotch (controls.notchHz, controls.notchDepth);
+        }
+        l = postEqs[Side::left].process (l);
+        r = postEqs[Side::right].process (r);
+
+        l *= g;
+        r *= g;
+
+        l = outputBlockers[Side::left].process (l);
+        r = outputBlockers[Side::right].process (r);
+
+        // Mono low: the side signal is high-passed, so the lows sum to mono.
+        const float m = (l + r) * 0.5f;
+        const float s = (l - r) * 0.5f;
+        const float monoLowOn = sm (S::monoLowOn).getNextValue();
+        const float monoLowHz = sm (S::monoLowHz).getNextValue();
+        monoLowBlocker.setCutoff (sampleRate > 0.0 ? std::clamp (monoLowHz, 0.0f, 0.45f * (float) sampleRate)
+                                                   : std::min (monoLowHz, 20000.0f),
+                                  sampleRate);
+        const float h = monoLowBlocker.process (s);
+        const float sOut = s + (h - s) * monoLowOn;
+
+        const float mixedLeft = m + sOut;
+        const float mixedRight = m - sOut;
+        if (outRight != nullptr)
+        {
+            outLeft[i] += mixedLeft;
+            outRight[i] += mixedRight;
+        }
+        else
+        {
+            outLeft[i] += (mixedLeft + mixedRight) * 0.7071068f;
+        }
+    }
+}
+}

@@ -1,0 +1,150 @@
+#include "engine/VoiceEngine.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace morvane
+{
+void VoiceEngine::applyStageSettingsAtNote() noexcept
+{
+    const bool pd = params.index (P::subMode) == 1;
+    const int subWave = params.index (P::subWave);
+    for (auto& sub : subs)
+        sub.setShape (pd, subWave);
+
+    const int driveMode = params.index (P::driveMode);
+    for (auto& bank : shaperBanks)
+        for (auto& shaper : bank)
+            shaper.setModeNow (driveMode);
+
+    for (auto& n : noise)
+        n.setColour (params.index (P::noiseColour));
+
+    drivePosition = previousDrivePosition = std::clamp (params.index (P::drivePosition), 0, 1);
+    positionFadeCounter = 0;
+    subRouting = previousSubRouting = std::clamp (params.index (P::subRouting), 0, 1);
+    routingFadeCounter = 0;
+}
+
+void VoiceEngine::updateStageSettings() noexcept
+{
+    const bool pd = params.index (P::subMode) == 1;
+    const int subWave = params.index (P::subWave);
+    for (auto& sub : subs)
+        sub.setShape (pd, subWave);
+
+    for (auto& n : noise)
+        n.setColour (params.index (P::noiseColour));
+
+    const int driveMode = std::clamp (params.index (P::driveMode), 0, (int) DriveShaper::numModes - 1);
+    if (driveMode != shaperBanks[0][left].mode)
+        for (auto& bank : shaperBanks)
+            for (auto& shaper : bank)
+                shaper.changeMode (driveMode);
+
+    const int position = std::clamp (params.index (P::drivePosition), 0, 1);
+    if (position != drivePosition)
+        changeDrivePosition (position);
+
+    const int routing = std::clamp (params.index (P::subRouting), 0, 1);
+    if (routing != subRouting)
+    {
+        previousSubRouting = subRouting;
+        subRouting = routing;
+        routingFadeCounter = routingFadeLength;
+    }
+}
+
+void VoiceEngine::changeDrivePosition (int position) noexcept
+{
+    if (positionFadeCounter > 0 && position == previousDrivePosition)
+    {
+        // Turned back mid-fade: the second bank already holds the order being left, so the banks
+        // trade places and the fade continues from where its weights stand.
+        std::swap (shaperBanks[0], shaperBanks[1]);
+        std::swap (filterBanks[0], filterBanks[1]);
+        previousDrivePosition = drivePosition;
+        drivePosition = position;
+        positionFadeCounter = positionFadeLength - positionFadeCounter;
+        if (positionFadeCounter == 0)
+            finishDrivePositionFade();
+        return;
+    }
+
+    previousDrivePosition = drivePosition;
+    drivePosition = position;
+    positionFadeCounter = positionFadeLength;
+}
+
+void VoiceEngine::finishDrivePositionFade() noexcept
+{
+    std::swap (shaperBanks[0], shaperBanks[1]);
+    std::swap (filterBanks[0], filterBanks[1]);
+    for (auto& shaper : shaperBanks[1])
+        shaper.clearState();
+    for (auto& filter : filterBanks[1])
+    {
+        filter.clearSignalState();
+        filter.setModelNow (filter.model);
+    }
+    previousDrivePosition = drivePosition;
+}
+
+float VoiceEngine::subRatio() noexcept
+{
+    const int octaveIndex = std::clamp (params.index (P::subOctave), 0, 4);
+    const float octaves = (float) (octaveIndex - 2) + params.get (P::subSemitone) * (1.0f / 12.0f)
+                          + params.get (P::subFine) * (1.0f / 1200.0f);
+    return subRatioCache.get (octaves, [] (float o) { return std::exp2 (o); });
+}
+
+float VoiceEngine::driveAndFilter (int bank, int side, float x, int position) noexcept
+{
+    auto& shaper = shaperBanks[(size_t) bank][(size_t) side];
+    auto& filter = filterBanks[(size_t) bank][(size_t) side];
+    auto drive = [&] (float v) { return v + (shaper.process (v) * driveMakeup - v) * driveMixAmount; };
+
+    if (position == preDrive)
+    {
+        const float y = drive (x);
+        return y + (filter.process (y) - y) * filterWetAmount;
+    }
+    const float y = x + (filter.process (x) - x) * filterWetAmount;
+    return drive (y);
+}
+void VoiceEngine::updateMultiband (int voiceDriveMode) noexcept
+{
+    const bool enabled = params.on (P::mbdEnable);
+    const float mix = std::clamp (sm (S::mbdMix).getNextValue(), 0.0f, 1.0f);
+    const float amounts[] = { sm (S::mbdLow).getNextValue() + sums[dest::mbdLow],
+                              sm (S::mbdMid).getNextValue() + sums[dest::mbdMid],
+                              sm (S::mbdHigh).getNextValue() + sums[dest::mbdHigh] };
+    const float lowHz = std::clamp (lowCross.getNextValue(), 60.0f, 600.0f);
+    const float highHz = std::clamp (highCross.getNextValue(), 800.0f, 8000.0f);
+    const int modeParameters[] = { params.index (P::mbdLowMode), params.index (P::mbdMidMode), params.index (P::mbdHighMode) };
+
+    for (int b = 0; b < MultibandDrive::numBands; ++b)
+    {
+        const float gain = bandGainCaches[(size_t) b].get (std::clamp (amounts[b], 0.0f, 24.0f),
+                                                           [] (float d) { return std::pow (10.0f, d * 0.05f); });
+        // "follow" takes the voice drive's mode; the others are soft, diode, fold.
+        const int bandMode = modeParameters[b] <= 0 ? voiceDriveMode : std::min (modeParameters[b] - 1, 2);
+        for (auto& m : multiband)
+        {
+            auto& shaper = m.bands[(size_t) b];
+            shaper.gain = gain;
+            if (bandMode != shaper.mode)
+                shaper.changeMode (bandMode);
+        }
+    }
+
+    for (auto& m : multiband)
+    {
+        m.enabled = enabled;
+        m.mix = mix;
+        m.lowCrossover.setFrequency (lowHz);
+        m.highCrossover.setFrequency (highHz);
+    }
+}
+}

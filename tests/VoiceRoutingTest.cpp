@@ -1,0 +1,250 @@
+#include "TestHelpers.h"
+
+#include <initializer_list>
+#include <utility>
+
+using namespace morvane;
+using namespace morvane::test;
+
+namespace
+{
+using Settings = std::initializer_list<std::pair<const char*, float>>;
+
+// A plain sine on osc 1 (a saw with no DCW), nothing else, filter open.
+std::unique_ptr<MorvaneAudioProcessor> sineVoice (Settings settings)
+{
+    auto p = makePrepared();
+    setParameter (*p, "osc1DcwDepth", 0.0f);
+    setParameter (*p, "osc2Level", -90.0f);
+    for (auto [id, v] : settings)
+        setParameter (*p, id, v);
+    return p;
+}
+
+juce::AudioBuffer<float> holdNote (MorvaneAudioProcessor& p, int note = 45, int length = 48000)
+{
+    return renderProcessor (p, length, 512, { { 0, note, 1.0f } });
+}
+
+double tailRms (const juce::AudioBuffer<float>& b, int channel = 0)
+{
+    return rms (b.getReadPointer (channel) + 9600, b.getNumSamples() - 9600);
+}
+
+double harmonic (const juce::AudioBuffer<float>& b, double f)
+{
+    return toneMagnitude (b.getReadPointer (0) + 9600, 32768, f, 48000.0);
+}
+
+// Largest sample-to-sample move in [from, to).
+float largestStep (const juce::AudioBuffer<float>& b, int from, int to)
+{
+    float m = 0.0f;
+    for (int ch = 0; ch < b.getNumChannels(); ++ch)
+        for (int i = std::max (from, 1); i < to; ++i)
+            m = std::max (m, std::abs (b.getSample (ch, i) - b.getSample (ch, i - 1)));
+    return m;
+}
+
+// Holds a note and moves one parameter at a block boundary, returning the whole render.
+juce::AudioBuffer<float> switchDuring (MorvaneAudioProcessor& p, const char* id, float value, int atSample)
+{
+    juce::AudioBuffer<float> out (2, 2 * atSample);
+    auto first = renderProcessor (p, atSample, 256, { { 0, 45, 1.0f } });
+    setParameter (p, id, value);
+    auto second = renderProcessor (p, atSample, 256, {});
+    for (int ch = 0; ch < 2; ++ch)
+    {
+        out.copyFrom (ch, 0, first, ch, 0, atSample);
+        out.copyFrom (ch, atSample, second, ch, 0, atSample);
+    }
+    return out;
+}
+}
+
+TEST (VoiceDrive, MakeupIsAPlainGainAtDriveZeroAndMixZeroBypassesTheStage)
+{
+    auto plain = sineVoice ({});
+    auto louder = sineVoice ({ { "driveGain", 6.0206f } });
+    const auto a = holdNote (*plain), b = holdNote (*louder);
+    EXPECT_NEAR (tailRms (b) / tailRms (a), 2.0, 1.0e-3);
+
+    auto bypassed = sineVoice ({ { "driveGain", 12.0f }, { "drive", 18.0f }, { "driveMix", 0.0f } });
+    const auto c = holdNote (*bypassed);
+    for (int i = 0; i < a.getNumSamples(); ++i)
+        ASSERT_EQ (a.getSample (0, i), c.getSample (0, i)) << i;
+}
+
+TEST (VoiceDrive, OddHarmonicsRiseWithDrive)
+{
+    double previous = 0.0;
+    for (float driveDb : { 0.0f, 6.0f, 12.0f, 24.0f })
+    {
+        auto p = sineVoice ({ { "drive", driveDb } });
+        const auto out = holdNote (*p);
+        const double fundamental = harmonic (out, 110.0);
+        const double second = harmonic (out, 220.0) / fundamental;
+        double odd = 0.0;
+        for (int h = 3; h <= 9; h += 2)
+            odd += std::pow (harmonic (out, 110.0 * h) / fundamental, 2.0);
+        odd = std::sqrt (odd);
+        if (driveDb == 0.0f)
+        {
+            EXPECT_LT (odd, 1.0e-3);
+        }
+        else
+        {
+            EXPECT_GT (odd, previous * 1.2) << driveDb;
+        }
+        EXPECT_LT (second, std::max (0.1 * odd, 1.0e-3)) << driveDb; // "soft" is odd-symmetric
+        previous = odd;
+    }
+}
+
+TEST (VoiceDrive, FoldAutoMakeupAddsNinePointSixDecibelsAtFullDrive)
+{
+    auto without = sineVoice ({ { "drive", 24.0f }, { "driveMode", 2.0f } });
+    auto with = sineVoice ({ { "drive", 24.0f }, { "driveMode", 2.0f }, { "driveAutoMakeup", 1.0f } });
+    const double ratio = tailRms (holdNote (*with)) / tailRms (holdNote (*without));
+    EXPECT_NEAR (20.0 * std::log10 (ratio), 9.6, 0.01);
+}
+
+TEST (VoiceMix, RingModeMultipliesTheTwoOscillators)
+{
+    auto ring = sineVoice ({ { "mode", 1.0f }, { "osc2Level", 0.0f }, { "osc2DcwDepth", 0.0f }, { "osc2Semitone", 7.0f } });
+    const auto out = holdNote (*ring, 57);
+    const double f1 = 220.0, f2 = 220.0 * std::pow (2.0, 7.0 / 12.0);
+    const double sum = harmonic (out, f1 + f2), difference = harmonic (out, f2 - f1);
+    EXPECT_GT (sum, 0.05);
+    EXPECT_NEAR (difference / sum, 1.0, 0.1);
+    EXPECT_LT (harmonic (out, f1), 0.01 * sum);
+    EXPECT_LT (harmonic (out, f2), 0.01 * sum);
+
+    // The product is scaled by both gains: osc 2 at -60 dB leaves almost nothing.
+    auto quiet = sineVoice ({ { "mode", 1.0f }, { "osc2Level", -60.0f }, { "osc2DcwDepth", 0.0f } });
+    auto loud = sineVoice ({ { "mode", 1.0f }, { "osc2Level", 0.0f }, { "osc2DcwDepth", 0.0f } });
+    EXPECT_NEAR (tailRms (holdNote (*quiet)) / tailRms (holdNote (*loud)), 1.0e-3, 1.0e-4);
+}
+
+TEST (VoiceSub, PitchFollowsOctaveSemitoneAndFine)
+{
+    struct Case { float octave, semitone, fine; double hz; };
+    for (auto c : { Case { 0, 0, 0, 55.0 }, Case { 1, 0, 0, 110.0 }, Case { 2, 0, 0, 220.0 }, Case { 3, 0, 0, 440.0 },
+                    Case { 4, 0, 0, 880.0 }, Case { 2, 7, 0, 220.0 * std::pow (2.0, 7.0 / 12.0) },
+                    Case { 1, -12, 50, 55.0 * std::pow (2.0, 0.5 / 12.0) } })
+    {
+        auto p = sineVoice ({ { "osc1Level", -60.0f }, { "subLevel", 0.0f }, { "subOctave", c.octave },
+                              { "subSemitone", c.semitone }, { "subFine", c.fine } });
+        const auto out = holdNote (*p, 57, 96000);
+        EXPECT_NEAR (zeroCrossingFrequency (out.getReadPointer (0) + 9600, 86000, 48000.0), c.hz, c.hz * 2.0e-4)
+            << c.octave << " " << c.semitone << " " << c.fine;
+    }
+}
+
+TEST (VoiceSub, RoutingDecidesWhetherTheSubMeetsTheFilter)
+{
+    // A sub at 110 Hz against a filter closed to 30 Hz: what reaches the output passed around it.
+    auto level = [] (float routing, float send)
+    {
+        auto p = sineVoice ({ { "osc1Level", -60.0f }, { "subLevel", 0.0f }, { "subOctave", 2.0f }, { "filterCutoff", 20.0f },
+                              { "subRouting", routing }, { "subDriveSend", send } });
+        return tailRms (holdNote (*p));
+    };
+    const double around = level (0.0f, 0.0f);
+    EXPECT_GT (around, 0.1);
+    EXPECT_LT (level (0.0f, 1.0f), 0.01 * around);
+    EXPECT_NEAR (level (1.0f, 1.0f), around, 1.0e-6); // the send has no effect after the filter
+    EXPECT_NEAR (level (0.0f, 0.5f), 0.5 * around, 0.01 * around);
+}
+
+TEST (VoiceNoise, AtTheFloorItIsExactlySilentAndItsRoutingSplitsTheFilter)
+{
+    // At -90 dB nothing of the noise reaches the output, whatever its colour and routing.
+    auto without = sineVoice ({});
+    auto floor = sineVoice ({ { "noiseLevel", -90.0f }, { "noiseColour", 2.0f }, { "noiseRouting", 0.5f } });
+    const auto a = holdNote (*without), b = holdNote (*floor);
+    for (int ch = 0; ch < 2; ++ch)
+        for (int i = 0; i < a.getNumSamples(); ++i)
+            ASSERT_EQ (a.getSample (ch, i), b.getSample (ch, i)) << i;
+
+    // Through a filter closed to 20 Hz, only the post share of the noise is heard.
+    auto level = [] (float routing)
+    {
+        auto p = sineVoice ({ { "osc1Level", -60.0f }, { "noiseLevel", -12.0f }, { "filterCutoff", 20.0f }, { "noiseRouting", routing } });
+        return tailRms (holdNote (*p));
+    };
+    const double post = level (1.0f);
+    EXPECT_GT (post, 0.05);
+    EXPECT_LT (level (0.0f), 0.05 * post);
+    EXPECT_NEAR (level (0.25f) / post, 0.25, 0.02);
+}
+
+TEST (VoiceFeedback, StaysBoundedAndSurvivesANewNote)
+{
+    auto p = sineVoice ({ { "feedbackAmount", 1.0f }, { "drive", 12.0f }, { "filterReso", 0.9f }, { "filterCutoff", 400.0f } });
+    const auto out = renderProcessor (*p, 96000, 512, { { 0, 45, 1.0f }, { 48000, 47, 1.0f } });
+    for (int ch = 0; ch < 2; ++ch)
+    {
+        EXPECT_LT (peak (out.getReadPointer (ch), out.getNumSamples()), 4.0f);
+        for (int i = 0; i < out.getNumSamples(); ++i)
+            ASSERT_TRUE (std::isfinite (out.getSample (ch, i)));
+    }
+    // The loop adds to the sound: the same patch without feedback differs.
+    auto dry = sineVoice ({ { "drive", 12.0f }, { "filterReso", 0.9f }, { "filterCutoff", 400.0f } });
+    EXPECT_GT (std::abs (tailRms (holdNote (*dry)) - tailRms (holdNote (*sineVoice ({ { "feedbackAmount", 1.0f }, { "drive", 12.0f },
+                                                                                      { "filterReso", 0.9f }, { "filterCutoff", 400.0f } })))), 1.0e-3);
+}
+
+TEST (VoiceFades, DrivePositionAndSubRoutingChangeWithoutAStep)
+{
+    // Compared with the larger of the steady states either side: a step would stand out above both.
+    struct Case { const char* id; float from, to; };
+    for (auto c : { Case { "drivePosition", 0.0f, 1.0f }, Case { "drivePosition", 1.0f, 0.0f }, Case { "subRouting", 1.0f, 0.0f } })
+    {
+        auto p = sineVoice ({ { "drive", 18.0f }, { "filterCutoff", 300.0f }, { "filterReso", 0.6f }, { "subLevel", -6.0f },
+                              { "subDriveSend", 1.0f }, { c.id, c.from } });
+        const int at = 24064;
+        const auto out = switchDuring (*p, c.id, c.to, at);
+        const float steady = std::max (largestStep (out, at - 12000, at), largestStep (out, at + 12000, 2 * at));
+        const float across = largestStep (out, at, at + 960);
+        EXPECT_LT (across, 1.25f * steady) << c.id << " to " << c.to;
+    }
+}
+
+TEST (VoiceFades, SubToPostFilterCutsTheSendAtOnce)
+{
+    // The send falls to 0 at once and the post share runs through cos + sin, about 3 dB over its end value.
+    auto p = sineVoice ({ { "osc1Level", -60.0f }, { "subLevel", -6.0f }, { "subDriveSend", 1.0f }, { "filterCutoff", 20.0f } });
+    const int at = 24064;
+    const auto out = switchDuring (*p, "subRouting", 1.0f, at);
+    const float during = peak (out.getReadPointer (0) + at + 60, 120);   // around the fade's middle
+    const float after = peak (out.getReadPointer (0) + at + 12000, 1200); // settled
+    EXPECT_GT (during, 1.2f * after);
+    EXPECT_LT (during, 1.45f * after);
+}
+
+TEST (VoiceMultiband, OffAndMixZeroRenderTheSameAsNoStage)
+{
+    auto off = sineVoice ({ { "mbdLowAmount", 12.0f } });
+    auto zeroMix = sineVoice ({ { "mbdLowAmount", 12.0f }, { "mbdEnable", 1.0f }, { "mbdMix", 0.0f } });
+    auto on = sineVoice ({ { "mbdLowAmount", 12.0f }, { "mbdEnable", 1.0f } });
+    const auto a = holdNote (*off), b = holdNote (*zeroMix), c = holdNote (*on);
+    for (int i = 0; i < a.getNumSamples(); ++i)
+        ASSERT_EQ (a.getSample (0, i), b.getSample (0, i)) << i;
+    // The low band's shaper turns the clean sine into odd harmonics.
+    const double cleanThird = harmonic (a, 330.0) / harmonic (a, 110.0);
+    const double drivenThird = harmonic (c, 330.0) / harmonic (c, 110.0);
+    EXPECT_LT (cleanThird, 1.0e-3);
+    EXPECT_GT (drivenThird, 0.05);
+}
+
+TEST (VoicePostEq, TiltAndNotchActOnTheRenderedVoice)
+{
+    auto flat = sineVoice ({});
+    auto notched = sineVoice ({ { "postEqEnable", 1.0f }, { "postEqNotchHz", 110.0f }, { "postEqNotchDepth", 1.0f } });
+    const double ratio = harmonic (holdNote (*notched), 110.0) / harmonic (holdNote (*flat), 110.0);
+    EXPECT_NEAR (20.0 * std::log10 (ratio), -18.0, 0.3);
+
+    auto tilted = sineVoice ({ { "postEqEnable", 1.0f }, { "postEqTilt", -12.0f } });
+    EXPECT_GT (harmonic (holdNote (*tilted), 110.0), 2.5 * harmonic (holdNote (*flat), 110.0));
+}

@@ -46,7 +46,7 @@ struct Rig
         set ("filterEnvAmount", 24.0f);
     }
 
-    // Every stage of the voice at work on top of the busy patch.
+    // Every stage of the voice and the master chain at work on top of the busy patch.
     void fullPatch()
     {
         busyPatch();
@@ -68,6 +68,14 @@ struct Rig
         set ("postEqEnable", 1.0f);
         set ("postEqTilt", 3.0f);
         set ("postEqNotchDepth", 0.5f);
+        set ("modFxEnable", 1.0f);
+        set ("modFxMode", 2.0f);
+        set ("delayEnable", 1.0f);
+        set ("delayPingPong", 1.0f);
+        set ("reverbEnable", 1.0f);
+        set ("crushEnable", 1.0f);
+        set ("crushJitter", 0.3f);
+        set ("crushDither", 1.0f);
     }
 
     void patch (int64_t which)

@@ -28,6 +28,12 @@ MorvaneAudioProcessor::MorvaneAudioProcessor()
 
     lfoSyncBpmValue = parameters.getRawParameterValue ("lfoSyncBpm");
     legatoValue = parameters.getRawParameterValue ("legato");
+    const char* fxIds[] = { "delayEnable", "delayPingPong", "delayTimeMs", "delayFeedback", "delayTone", "delayMix",
+                            "reverbEnable", "reverbPredelayMs", "reverbBandwidth", "reverbDecay", "reverbDamping", "reverbMix",
+                            "crushEnable", "crushBits", "crushRateHz", "crushJitter", "crushDither", "crushMix",
+                            "modFxEnable", "modFxMode", "modFxRate", "modFxDepth", "modFxFeedback", "modFxMix" };
+    for (size_t i = 0; i < fxValues.size(); ++i)
+        fxValues[i] = parameters.getRawParameterValue (fxIds[i]);
 
     pendingCount = (int) parameterObjects.size();
     pendingNormalised = std::make_unique<std::atomic<float>[]> ((size_t) pendingCount);
@@ -56,6 +62,13 @@ void MorvaneAudioProcessor::prepareToPlay (double sampleRate, int maximumExpecte
 {
     currentSampleRate = sampleRate;
     engine.prepare (sampleRate, maximumExpectedSamplesPerBlock);
+    delay.prepare (sampleRate);
+    reverb.prepare (sampleRate);
+    crusher.prepare (sampleRate);
+    modFxLeft.prepare (sampleRate);
+    modFxRight.prepare (sampleRate);
+    modFxLeft.lfoOffset = 0.0f;
+    modFxRight.lfoOffset = 1.5707964f;
     setLatencySamples (engine.getLatencySamples());
     heldCount = 0;
 }
@@ -217,7 +230,8 @@ void MorvaneAudioProcessor::processBlock (juce::AudioBuffer<float>& buffer, juce
                         [this, &buffer] (int start, int count) { engine.render (buffer, start, count); },
                         [this] (const juce::MidiMessageMetadata& event, int) { handleMidi (event); });
 
-    // The master effects run over the whole block here.
+    updateFxParameters();
+    processFxBlock (buffer);
 
     updateReadouts (buffer, startTicks);
 }

@@ -1,5 +1,9 @@
 #pragma once
 
+#include "audio/BitCrusher.h"
+#include "audio/ModFx.h"
+#include "audio/PlateReverb.h"
+#include "audio/StereoDelay.h"
 #include "audio/UiCommand.h"
 #include "engine/VoiceEngine.h"
 
@@ -77,11 +81,19 @@ private:
     void panic() noexcept;
     void removeHeld (int note) noexcept;
     void updateReadouts (const juce::AudioBuffer<float>& buffer, juce::int64 startTicks) noexcept;
+    void updateFxParameters() noexcept;
+    void processFxBlock (juce::AudioBuffer<float>& buffer) noexcept;
     void timerCallback() override;
 
     juce::UndoManager undoManager { 30000, 30 };
     juce::AudioProcessorValueTreeState parameters;
     VoiceEngine engine;
+
+    StereoDelay delay;
+    PlateReverb reverb;
+    BitCrusher crusher;
+    ModFx modFxLeft, modFxRight;
+    std::array<std::atomic<float>*, 24> fxValues {};
 
     std::array<HeldNote, maxHeldNotes> heldNotes {};
     int heldCount = 0;

@@ -5,35 +5,37 @@
 
 namespace morvane
 {
-namespace
+void EqSection::design (Kind kind, double frequency, double q, double gainA) noexcept
 {
-    constexpr double twoPi = 6.283185307179586;
-
-    void designShelf (Biquad& q, double corner, double gainDb, bool high) noexcept
+    const double w = std::tan (3.141592653589793 * std::min (frequency, 0.45 * sampleRate) / sampleRate);
+    const double A = gainA;
+    double g = w, k = 1.0 / q;
+    double c0 = 1.0, c1 = 0.0, c2 = 0.0;
+    switch (kind)
     {
-        const double rate = q.sampleRate;
-        const double w = twoPi * std::min (corner, 0.45 * rate) / rate;
-        const double A = std::pow (10.0, gainDb / 40.0);
-        const double c = std::cos (w);
-        const double twoRootAAlpha = 2.0 * std::sqrt (A) * std::sin (w) / 2.0 * std::sqrt (2.0); // shelf slope 1
-        if (high)
-            q.setNormalised (A * ((A + 1) + (A - 1) * c + twoRootAAlpha), -2 * A * ((A - 1) + (A + 1) * c),
-                             A * ((A + 1) + (A - 1) * c - twoRootAAlpha), (A + 1) - (A - 1) * c + twoRootAAlpha,
-                             2 * ((A - 1) - (A + 1) * c), (A + 1) - (A - 1) * c - twoRootAAlpha);
-        else
-            q.setNormalised (A * ((A + 1) - (A - 1) * c + twoRootAAlpha), 2 * A * ((A - 1) - (A + 1) * c),
-                             A * ((A + 1) - (A - 1) * c - twoRootAAlpha), (A + 1) + (A - 1) * c + twoRootAAlpha,
-                             -2 * ((A - 1) + (A + 1) * c), (A + 1) + (A - 1) * c - twoRootAAlpha);
+        case lowShelf:
+            g = w / std::sqrt (A);
+            c1 = k * (A - 1.0);
+            c2 = A * A - 1.0;
+            break;
+        case highShelf:
+            g = w * std::sqrt (A);
+            c0 = A * A;
+            c1 = k * (1.0 - A) * A;
+            c2 = 1.0 - A * A;
+            break;
+        case peak:
+            k = 1.0 / (q * A);
+            c1 = k * (A * A - 1.0);
+            break;
     }
-}
-
-void Biquad::setNormalised (double nb0, double nb1, double nb2, double na0, double na1, double na2) noexcept
-{
-    b0 = (float) (nb0 / na0);
-    b1 = (float) (nb1 / na0);
-    b2 = (float) (nb2 / na0);
-    a1 = (float) (na1 / na0);
-    a2 = (float) (na2 / na0);
+    const double d1 = 1.0 / (1.0 + g * (g + k));
+    a1 = (float) d1;
+    a2 = (float) (g * d1);
+    a3 = (float) (g * g * d1);
+    m0 = (float) c0;
+    m1 = (float) c1;
+    m2 = (float) c2;
 }
 
 void PostEq::prepare (double hostRate) noexcept
@@ -42,7 +44,7 @@ void PostEq::prepare (double hostRate) noexcept
     for (auto* q : { &lowShelf, &highShelf, &notch })
     {
         q->sampleRate = rate;
-        q->history = {};
+        q->clear();
     }
     designShelves();
     designNotch();
@@ -76,20 +78,17 @@ void PostEq::setNotch (float hz, float depth) noexcept
         designNotch();
 }
 
+// Shelf slope 1 is a Q of 1/sqrt(2); the tilt turns the lows down by as much as it lifts the highs.
 void PostEq::designShelves() noexcept
 {
-    designShelf (lowShelf, 200.0, -tilt, false);
-    designShelf (highShelf, 2500.0, tilt, true);
+    lowShelf.design (EqSection::lowShelf, 200.0, 0.7071067811865476, std::pow (10.0, -tilt / 40.0));
+    highShelf.design (EqSection::highShelf, 2500.0, 0.7071067811865476, std::pow (10.0, tilt / 40.0));
 }
 
+// A Q of 4; at full depth the cut is 18 dB.
 void PostEq::designNotch() noexcept
 {
-    const double rate = notch.sampleRate;
-    const double A = std::pow (10.0, notchDepth * -18.0 / 40.0);
-    const double w = twoPi * std::clamp ((double) notchHz, 10.0, 0.45 * rate) / rate;
-    const double alpha = std::sin (w) * 0.125; // Q of 4
-    const double c = std::cos (w);
-    notch.setNormalised (1 + alpha * A, -2 * c, 1 - alpha * A, 1 + alpha / A, -2 * c, 1 - alpha / A);
+    notch.design (EqSection::peak, std::max ((double) notchHz, 10.0), 4.0, std::pow (10.0, notchDepth * -18.0 / 40.0));
 }
 
 float PostEq::process (float x) noexcept

@@ -1,17 +1,31 @@
 #pragma once
 
-#include "engine/MultibandDrive.h"
-
 namespace morvane
 {
-struct Biquad
+// One EQ section as a trapezoidal state-variable filter. Its response is that of the cookbook
+// biquad of the same kind, but its state is two integrators, so a notch or shelf that jumps under
+// modulation does not ring up the way a direct-form history does.
+struct EqSection
 {
     double sampleRate = 44100.0;
-    float b0 = 1.0f, b1 = 0.0f, b2 = 0.0f, a1 = 0.0f, a2 = 0.0f;
-    BiquadHistory history;
+    float a1 = 1.0f, a2 = 0.0f, a3 = 0.0f;
+    float m0 = 1.0f, m1 = 0.0f, m2 = 0.0f;
+    float ic1eq = 0.0f, ic2eq = 0.0f;
 
-    float process (float x) noexcept { return history.run (x, b0, b1, b2, a1, a2); }
-    void setNormalised (double nb0, double nb1, double nb2, double na0, double na1, double na2) noexcept;
+    enum Kind { lowShelf, highShelf, peak };
+    // gainA is the cookbook's A = 10^(dB / 40).
+    void design (Kind kind, double frequency, double q, double gainA) noexcept;
+    void clear() noexcept { ic1eq = ic2eq = 0.0f; }
+
+    float process (float v0) noexcept
+    {
+        const float v3 = v0 - ic2eq;
+        const float v1 = a1 * ic1eq + a2 * v3;
+        const float v2 = ic2eq + a2 * ic1eq + a3 * v3;
+        ic1eq = 2.0f * v1 - ic1eq;
+        ic2eq = 2.0f * v2 - ic2eq;
+        return m0 * v0 + m1 * v1 + m2 * v2;
+    }
 };
 
 // Host-rate tilt (two shelves around a pivot) and a peaking notch. One per side.
@@ -21,7 +35,7 @@ struct PostEq
     float tilt = 0.0f;
     float notchHz = 800.0f;
     float notchDepth = 0.0f;
-    Biquad lowShelf, highShelf, notch;
+    EqSection lowShelf, highShelf, notch;
 
     void prepare (double hostRate) noexcept;
     // Each redesigns only when its value moves past its threshold.

@@ -76,6 +76,10 @@ void VoiceEngine::prepare (double newSampleRate, int maximumBlockSize)
         m.prepare (overRate);
     for (auto& eq : postEqs)
         eq.prepare (sampleRate);
+    for (auto& unit : modFx)
+        unit.prepare (sampleRate);
+    modFx[Side::left].lfoOffset = 0.0f;
+    modFx[Side::right].lfoOffset = 1.5707964f;
 
     // Sync partners: each oscillator listens to the other pair's instance on its side.
     oscillators[0].syncSource = &oscillators[2];

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "audio/ModFx.h"
 #include "engine/DcBlocker.h"
 #include "engine/DriveShaper.h"
 #include "engine/EngineLfo.h"
@@ -87,6 +88,7 @@ public:
     std::array<float, 2> toneStates {};
 
     std::array<MultibandDrive, 2> multiband;
+    std::array<ModFx, 2> modFx;
     std::array<PostEq, 2> postEqs;
 
     EngineLfo lfo;
@@ -196,6 +198,9 @@ private:
     {
         bool eqEnabled = false;
         float tilt = 0.0f, notchHz = 800.0f, notchDepth = 0.0f;
+        bool fxEnabled = false;
+        int fxMode = 0;
+        float fxRate = 0.6f, fxDepth = 0.5f, fxFeedback = 0.0f, fxMix = 0.5f;
     };
     std::vector<OutputControls> outputControls;
 

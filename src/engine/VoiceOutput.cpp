@@ -28,9 +28,19 @@ void VoiceEngine::outputStage (juce::AudioBuffer<float>& buffer, int start, int 
         float l = dryLeft[i] + noisePostLeft[(size_t) i];
         float r = dryRight[i] + noisePostRight[(size_t) i];
 
-        // The Mod FX pair takes its place here.
-
         const auto& controls = outputControls[(size_t) i];
+        for (auto& unit : modFx)
+        {
+            unit.enabled = controls.fxEnabled;
+            unit.mode = controls.fxMode;
+            unit.rateHz = controls.fxRate;
+            unit.depth = controls.fxDepth;
+            unit.feedback = controls.fxFeedback;
+            unit.mix = controls.fxMix;
+        }
+        l = modFx[Side::left].process (l);
+        r = modFx[Side::right].process (r);
+
         for (auto& eq : postEqs)
         {
             eq.enabled = controls.eqEnabled;

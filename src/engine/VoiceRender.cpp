@@ -9,6 +9,8 @@ namespace morvane
 {
 namespace
 {
+    constexpr float feedbackLimit = 4.0f;
+
     // 2^(semitones / 12), exactly 1 at 0 so that an untouched control costs no pow.
     inline float semitoneRatio (float semitones) noexcept
     {
@@ -214,9 +216,13 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
 
         // 15. Multiband drive, Mod FX and post EQ controls.
         updateMultiband (leftMode);
-        for (S s : { S::modFxRate, S::modFxDepth, S::modFxFeedback, S::modFxMix })
-            sm (s).getNextValue();
         auto& controls = outputControls[(size_t) i];
+        controls.fxEnabled = params.on (P::modFxEnable);
+        controls.fxMode = std::clamp (params.index (P::modFxMode), 0, 2);
+        controls.fxRate = std::clamp (sm (S::modFxRate).getNextValue() + sums[dest::modFxRate], 0.05f, 8.0f);
+        controls.fxDepth = std::clamp (sm (S::modFxDepth).getNextValue() + sums[dest::modFxDepth], 0.0f, 1.0f);
+        controls.fxFeedback = std::clamp (sm (S::modFxFeedback).getNextValue(), 0.0f, 0.95f);
+        controls.fxMix = std::clamp (sm (S::modFxMix).getNextValue(), 0.0f, 1.0f);
         controls.eqEnabled = params.on (P::postEqEnable);
         controls.tilt = std::clamp (sm (S::tilt).getNextValue(), -12.0f, 12.0f);
         const float notchSum = sums[dest::eqNotchHz];
@@ -321,9 +327,14 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
                 l += feedbackGain * feedbackSamples[Side::left];
                 r += feedbackGain * feedbackSamples[Side::right];
             }
-            toneStates[Side::left] += (l - toneStates[Side::left]) * toneCoefficient;
-            toneStates[Side::right] += (r - toneStates[Side::right]) * toneCoefficient;
-            feedbackSamples = toneStates;
+            // "diode" hardly saturates above its knee, so with heavy makeup the loop could gain more
+            // than it loses; the held range is far above any level the loop reaches otherwise.
+            for (int side = 0; side < 2; ++side)
+            {
+                auto& tone = toneStates[(size_t) side];
+                tone = std::clamp (tone + ((side == 0 ? l : r) - tone) * toneCoefficient, -feedbackLimit, feedbackLimit);
+                feedbackSamples[(size_t) side] = tone;
+            }
 
             l = multiband[Side::left].process (l) + postNow * sub;
             r = multiband[Side::right].process (r) + postNow * sub;

@@ -1,0 +1,82 @@
+#include "audio/PluginProcessor.h"
+
+#include <algorithm>
+
+namespace morvane
+{
+namespace
+{
+    enum Fx
+    {
+        delayEnable, delayPingPong, delayTimeMs, delayFeedback, delayTone, delayMix,
+        reverbEnable, reverbPredelayMs, reverbBandwidth, reverbDecay, reverbDamping, reverbMix,
+        crushEnable, crushBits, crushRateHz, crushJitter, crushDither, crushMix,
+        modFxEnable, modFxMode, modFxRate, modFxDepth, modFxFeedback, modFxMix
+    };
+}
+
+void MorvaneAudioProcessor::updateFxParameters() noexcept
+{
+    auto value = [this] (Fx f) { return fxValues[(size_t) f] != nullptr ? fxValues[(size_t) f]->load (std::memory_order_relaxed) : 0.0f; };
+    auto within = [&] (Fx f, float lo, float hi) { return std::clamp (value (f), lo, hi); };
+
+    delay.enabled = value (delayEnable) > 0.5f;
+    delay.pingPong = value (delayPingPong) > 0.5f;
+    delay.setDelayTimeMs (value (delayTimeMs));
+    delay.feedback = within (delayFeedback, 0.0f, 0.95f);
+    delay.toneHz = within (delayTone, 200.0f, 20000.0f);
+    delay.updateCoefficients();
+    delay.mix = within (delayMix, 0.0f, 1.0f);
+
+    reverb.enabled = value (reverbEnable) > 0.5f;
+    reverb.setPredelayMs (value (reverbPredelayMs));
+    reverb.setBandwidth (value (reverbBandwidth));
+    reverb.setDecay (value (reverbDecay));
+    reverb.setDamping (value (reverbDamping));
+    reverb.mix = within (reverbMix, 0.0f, 1.0f);
+
+    crusher.enabled = value (crushEnable) > 0.5f;
+    crusher.bits = within (crushBits, 4.0f, 16.0f);
+    crusher.rateHz = within (crushRateHz, 100.0f, 96000.0f);
+    crusher.jitter = within (crushJitter, 0.0f, 1.0f);
+    crusher.dither = value (crushDither) > 0.5f;
+    crusher.mix = within (crushMix, 0.0f, 1.0f);
+
+    for (auto* unit : { &modFxLeft, &modFxRight })
+    {
+        unit->enabled = value (modFxEnable) > 0.5f;
+        unit->mode = std::clamp ((int) value (modFxMode), 0, 2);
+        unit->rateHz = within (modFxRate, 0.05f, 8.0f);
+        unit->depth = within (modFxDepth, 0.0f, 1.0f);
+        unit->feedback = within (modFxFeedback, 0.0f, 0.95f);
+        unit->mix = within (modFxMix, 0.0f, 1.0f);
+    }
+}
+
+void MorvaneAudioProcessor::processFxBlock (juce::AudioBuffer<float>& buffer) noexcept
+{
+    const int channels = buffer.getNumChannels();
+    const int numSamples = buffer.getNumSamples();
+    if (channels < 1 || numSamples < 1)
+        return;
+
+    // The voice may have left the buffer flagged clear; the effects write into it regardless.
+    buffer.setNotClear();
+    float* left = buffer.getWritePointer (0);
+    float* right = channels > 1 ? buffer.getWritePointer (1) : left;
+
+    for (int i = 0; i < numSamples; ++i)
+    {
+        float l = left[i];
+        float r = right[i];
+        l = modFxLeft.process (l);
+        r = modFxRight.process (r);
+        delay.process (l, r);
+        reverb.process (l, r);
+        crusher.process (l, r);
+        left[i] = l;
+        if (channels > 1)
+            right[i] = r;
+    }
+}
+}

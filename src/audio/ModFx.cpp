@@ -1,0 +1,107 @@
+#include "audio/ModFx.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace morvane
+{
+namespace
+{
+    int powerOfTwoAtLeast (int n)
+    {
+        int size = 1;
+        while (size < n)
+            size <<= 1;
+        return size;
+    }
+}
+
+void ModDelayLine::prepare (double rate, int minimumSize)
+{
+    sampleRate = rate;
+    buffer.assign ((size_t) powerOfTwoAtLeast (minimumSize), 0.0f);
+    mask = (int) buffer.size() - 1;
+    writeIndex = 0;
+}
+
+float ModDelayLine::read (float delaySamples) const noexcept
+{
+    const float d = std::clamp (delaySamples, 0.0f, (float) mask);
+    const float pos = (float) writeIndex - d;
+    const float i = std::floor (pos);
+    const float frac = pos - i;
+    const int size = mask + 1;
+    const int base = (((int) i % size) + size) & mask;
+    const float a = buffer[(size_t) base];
+    return a + (buffer[(size_t) ((base + 1) & mask)] - a) * frac;
+}
+
+void ModFx::prepare (double rate)
+{
+    sampleRate = rate > 0.0 ? rate : 44100.0;
+    line.prepare (sampleRate, (int) std::ceil (sampleRate * 0.040000003f) + 4);
+    for (auto& stage : stages)
+        stage = { sampleRate, 0.0f, 0.0f, 0.0f };
+    lfoPhase = phaserLast = chorusLowpass = 0.0f;
+    chorusCoefficient = (float) (1.0 - std::exp (-25132.742 / sampleRate)); // 4 kHz
+}
+
+float ModFx::process (float input) noexcept
+{
+    if (! enabled || mix <= 0.0f || line.buffer.empty())
+        return input;
+
+    const float s = std::sin (lfoPhase + lfoOffset);
+    lfoPhase += rateHz * 6.2831855f / (float) sampleRate;
+    if (lfoPhase >= 6.2831855f)
+        lfoPhase -= 6.2831855f;
+
+    float wet;
+    switch (mode)
+    {
+        case flanger:
+        {
+            const float delayMs = depth * 3.5f * s + 4.0f;
+            const float tap = line.read (delayMs * 0.001f * (float) sampleRate);
+            line.write (input + std::tanh (tap * feedback));
+            wet = tap;
+            break;
+        }
+        case phaser:
+            wet = phaserStep (input, s);
+            break;
+        default:
+        {
+            const float delayMs = depth * 8.0f * s + 18.0f;
+            const float tap = line.read (delayMs * 0.001f * (float) sampleRate);
+            line.write (input);
+            chorusLowpass += (tap - chorusLowpass) * chorusCoefficient;
+            wet = std::tanh (chorusLowpass * 1.2f) * 0.85f;
+            break;
+        }
+    }
+    return (wet - input) * mix + input;
+}
+
+float ModFx::phaserStep (float input, float s) noexcept
+{
+    const float f = std::exp (depth * 1.245f * s + 6.765f);
+    constexpr float multiples[] = { 0.5f, 0.85f, 1.2f, 1.6f };
+    float x = feedback * phaserLast + input;
+    for (size_t k = 0; k < stages.size(); ++k)
+    {
+        auto& stage = stages[k];
+        const float rate = (float) stage.sampleRate;
+        const float fc = std::clamp (multiples[k] * f, 20.0f, 0.45f * rate);
+        const float t = std::tan (fc * 3.1415927f / rate);
+        stage.coefficient = (t - 1.0f) / (t + 1.0f);
+        // With (t - 1) / (t + 1) the pole sits at +|c|, so each stage turns a quarter cycle at fc.
+        const float y = stage.coefficient * x + stage.lastInput - stage.coefficient * stage.lastOutput;
+        stage.lastInput = x;
+        stage.lastOutput = y;
+        x = y;
+    }
+    phaserLast = x;
+    return x + input;
+}
+}

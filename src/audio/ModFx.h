@@ -1,0 +1,61 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <vector>
+
+namespace morvane
+{
+// Power-of-two delay line with a linearly interpolated read ahead of the write.
+struct ModDelayLine
+{
+    double sampleRate = 44100.0;
+    std::vector<float> buffer;
+    int writeIndex = 0;
+    int mask = 0;
+
+    void prepare (double rate, int minimumSize);
+    float read (float delaySamples) const noexcept;
+    void write (float x) noexcept
+    {
+        buffer[(std::size_t) writeIndex] = x;
+        writeIndex = (writeIndex + 1) & mask;
+    }
+};
+
+// First-order all-pass section of the phaser.
+struct PhaserStage
+{
+    double sampleRate = 44100.0;
+    float coefficient = 0.0f;
+    float lastInput = 0.0f;
+    float lastOutput = 0.0f;
+};
+
+// One channel of chorus, flanger or phaser at the host rate.
+struct ModFx
+{
+    enum Mode { chorus, flanger, phaser };
+
+    double sampleRate = 44100.0;
+    bool enabled = false;
+    int mode = chorus;
+    float rateHz = 0.6f;
+    float depth = 0.5f;
+    float feedback = 0.0f;
+    float mix = 0.5f;
+    float lfoOffset = 0.0f;
+    float lfoPhase = 0.0f;
+    float phaserLast = 0.0f;
+    float chorusLowpass = 0.0f;
+    float chorusCoefficient = 0.0f;
+    ModDelayLine line;
+    std::array<PhaserStage, 4> stages;
+
+    void prepare (double rate);
+    float process (float input) noexcept;
+
+private:
+    float phaserStep (float input, float s) noexcept;
+};
+}

@@ -1,0 +1,102 @@
+#include "audio/StereoDelay.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace morvane
+{
+void StereoDelay::prepare (double rate)
+{
+    sampleRate = rate > 0.0 ? rate : 44100.0;
+    const int needed = (int) std::ceil (sampleRate * 1.5) + 4;
+    int size = 1;
+    while (size < needed)
+        size <<= 1;
+    lineLeft.assign ((size_t) size, 0.0f);
+    lineRight.assign ((size_t) size, 0.0f);
+    mask = size - 1;
+    writeIndex = 0;
+    updateCoefficients();
+    toneLeft = toneRight = 0.0f;
+    dcInputLeft = dcOutputLeft = dcInputRight = dcOutputRight = 0.0f;
+    currentLeft = targetLeft; // a re-prepare does not sweep
+    currentRight = targetRight;
+}
+
+void StereoDelay::updateCoefficients() noexcept
+{
+    const float r = (float) sampleRate;
+    if (r > 0.0f)
+    {
+        smoothing = 1.0f - std::exp (-1.0f / (r * 0.03f));
+        dcCoefficient = std::exp (-753.98224f / r);
+        toneCoefficient = 1.0f - std::exp (-6.2831855f * toneHz / r);
+    }
+    else
+    {
+        smoothing = 0.001f;
+        dcCoefficient = 0.99f;
+        toneCoefficient = 0.5f;
+    }
+}
+
+void StereoDelay::setDelayTimeMs (float ms) noexcept
+{
+    const int size = mask + 1;
+    const float maxSeconds = std::min ((float) (size - 2) / (float) sampleRate, 1.5f);
+    const float seconds = std::clamp (ms * 0.001f, 0.001f, std::max (maxSeconds, 0.001f));
+    targetLeft = targetRight = (float) sampleRate * seconds;
+}
+
+float StereoDelay::read (const std::vector<float>& line, float delay) const noexcept
+{
+    if (line.empty())
+        return 0.0f;
+    const int size = mask + 1;
+    const float pos = (float) writeIndex - delay;
+    const float i = std::floor (pos);
+    const float frac = pos - i;
+    const int base = (((int) i % size) + size) & mask;
+    const float a = line[(size_t) base];
+    return a + (line[(size_t) ((base + 1) & mask)] - a) * frac;
+}
+
+void StereoDelay::process (float& left, float& right) noexcept
+{
+    if (! enabled || mix <= 0.0f || lineLeft.empty())
+        return;
+
+    currentLeft += (targetLeft - currentLeft) * smoothing;
+    currentRight += (targetRight - currentRight) * smoothing;
+    const float tapLeft = read (lineLeft, currentLeft);
+    const float tapRight = read (lineRight, currentRight);
+
+    toneLeft += (tapLeft - toneLeft) * toneCoefficient;
+    const float yLeft = (toneLeft + dcOutputLeft - dcInputLeft) * dcCoefficient;
+    dcInputLeft = toneLeft;
+    dcOutputLeft = yLeft;
+    const float feedLeft = std::tanh (yLeft);
+
+    toneRight += (tapRight - toneRight) * toneCoefficient;
+    const float yRight = (toneRight + dcOutputRight - dcInputRight) * dcCoefficient;
+    dcInputRight = toneRight;
+    dcOutputRight = yRight;
+    const float feedRight = std::tanh (yRight);
+
+    if (pingPong)
+    {
+        // Input and feedback cross together: a left input comes back first on the right.
+        lineLeft[(size_t) writeIndex] = right + feedback * feedRight;
+        lineRight[(size_t) writeIndex] = left + feedback * feedLeft;
+    }
+    else
+    {
+        lineLeft[(size_t) writeIndex] = left + feedback * feedLeft;
+        lineRight[(size_t) writeIndex] = right + feedback * feedRight;
+    }
+    writeIndex = (writeIndex + 1) & mask;
+
+    left += (tapLeft - left) * mix;
+    right += (tapRight - right) * mix;
+}
+}

@@ -274,10 +274,12 @@ TEST_F (ParameterLayoutTest, ModulationSlotsFollowTheTable)
         EXPECT_FLOAT_EQ (amt->range.end, 1.0f);
         EXPECT_FLOAT_EQ (amt->range.interval, 0.0f);
 
-        // Slot 1 is velocity to amp at 0.5; the others are empty.
+        // Slot 1 is velocity to amp at 0.5 in the layout; init clean, the patch an instance starts
+        // on, sets it to 0.4. The others are empty.
         EXPECT_EQ (src->getIndex(), slot == 1 ? 1 : 0);
         EXPECT_EQ (dst->getIndex(), slot == 1 ? 3 : 0);
-        EXPECT_FLOAT_EQ (amt->get(), slot == 1 ? 0.5f : 0.0f);
+        EXPECT_FLOAT_EQ (amt->convertFrom0to1 (static_cast<juce::RangedAudioParameter*> (amt)->getDefaultValue()), slot == 1 ? 0.5f : 0.0f);
+        EXPECT_FLOAT_EQ (amt->get(), slot == 1 ? 0.4f : 0.0f);
         EXPECT_EQ (curve->getIndex(), 0);
     }
 }

@@ -44,12 +44,24 @@ MorvaneAudioProcessor::MorvaneAudioProcessor()
         pendingFlags[(size_t) i].store (0);
     }
 
+    for (auto* parameter : parameterObjects)
+        parameters.addParameterListener (parameter->getParameterID(), &dirtyTracker);
+    // Each parameter's adapter reports its first change to its listeners even when the value stands
+    // still; this first round runs here, as a load, so that a learnt controller never marks the patch.
+    loadingPreset = true;
+    for (auto* parameter : parameterObjects)
+        parameter->sendValueChangedMessageToListeners (parameter->getValue());
+    loadingPreset = false;
+
+    loadDefaultPatch();
     startTimerHz (30);
 }
 
 MorvaneAudioProcessor::~MorvaneAudioProcessor()
 {
     stopTimer();
+    for (auto* parameter : parameterObjects)
+        parameters.removeParameterListener (parameter->getParameterID(), &dirtyTracker);
 }
 
 bool MorvaneAudioProcessor::isBusesLayoutSupported (const BusesLayout& layouts) const
@@ -177,8 +189,32 @@ void MorvaneAudioProcessor::panic() noexcept
 void MorvaneAudioProcessor::handleController (int number, int value, int samplePosition) noexcept
 {
     juce::ignoreUnused (samplePosition);
+    if (number < 0 || number > 127)
+        return;
     if (number == 1)
         engine.modWheel.store (std::clamp ((float) value * (1.0f / 127.0f), 0.0f, 1.0f));
+
+    const int count = (int) parameterObjects.size();
+    const int target = midiLearnTarget.load();
+    if (target >= 0 && target < count)
+    {
+        ccToParameter[(size_t) number].store (target);
+        midiLearnTarget.store (-1);
+    }
+
+    const int index = ccToParameter[(size_t) number].load();
+    if (index < 0 || index >= count)
+        return;
+    auto* parameter = parameterObjects[(size_t) index];
+    const float normalised = std::clamp ((float) value * 0.007874016f, 0.0f, 1.0f);
+    const float real = parameter->convertFrom0to1 (normalised);
+    // The engine reads this atomic directly; the host hears of it from the timer.
+    parameterValues[(size_t) index]->store (real);
+    if (pendingNormalised != nullptr && index < pendingCount)
+    {
+        pendingNormalised[(size_t) index].store (parameter->convertTo0to1 (real));
+        pendingFlags[(size_t) index].store (1);
+    }
 }
 
 void MorvaneAudioProcessor::handleMidi (const juce::MidiMessageMetadata& event) noexcept
@@ -265,24 +301,16 @@ void MorvaneAudioProcessor::updateReadouts (const juce::AudioBuffer<float>& buff
 
 void MorvaneAudioProcessor::timerCallback()
 {
-    // Learnt controller values reach the host from here.
+    flushLearntControllers();
 }
 
-//==============================================================================
-void MorvaneAudioProcessor::getStateInformation (juce::MemoryBlock& destData)
+void MorvaneAudioProcessor::flushLearntControllers()
 {
-    if (auto xml = parameters.copyState().createXml())
-        copyXmlToBinary (*xml, destData);
-}
-
-void MorvaneAudioProcessor::setStateInformation (const void* data, int sizeInBytes)
-{
-    if (auto xml = getXmlFromBinary (data, sizeInBytes))
-        if (xml->hasTagName (parameters.state.getType()))
-        {
-            parameters.replaceState (juce::ValueTree::fromXml (*xml));
-            panicRequested.store (true);
-        }
+    if (pendingNormalised == nullptr || pendingFlags == nullptr || pendingCount == 0)
+        return;
+    for (int i = 0; i < pendingCount; ++i)
+        if (pendingFlags[(size_t) i].exchange (0) != 0 && parameterObjects[(size_t) i] != nullptr)
+            parameterObjects[(size_t) i]->setValueNotifyingHost (std::clamp (pendingNormalised[(size_t) i].load(), 0.0f, 1.0f));
 }
 }
 

@@ -60,6 +60,28 @@ public:
     void pushAftertouch (float value);
     void pushPanic();
 
+    // Preset documents and identity.
+    void applyPresetXml (const juce::XmlElement& xml);
+    std::unique_ptr<juce::XmlElement> createStateXml();
+    void migrateParameterTree (juce::ValueTree& tree) const;
+    void loadDefaultPatch();
+    juce::String getPresetName() const;
+    juce::String getPresetSource() const;
+    void setPresetName (const juce::String& name);
+    void setPresetIdentity (const juce::String& name, const juce::String& source);
+    bool isPresetDirty() const noexcept { return presetDirty; }
+    int getActiveView() const noexcept { return activeView; }
+    void setActiveView (int view) noexcept { activeView = view; }
+
+    // MIDI learn, message side.
+    int findParameterIndex (const juce::String& id) const;
+    void startMidiLearn (const juce::String& id);
+    void cancelMidiLearn();
+    bool isMidiLearnTarget (const juce::String& id) const;
+    int getControllerBinding (int controller) const noexcept;
+    // Tells the host of values set by learnt controllers; the 30 Hz timer's only duty.
+    void flushLearntControllers();
+
     float getPeakDb() const noexcept { return peakDb.load(); }
     float getCpuPercent() const noexcept { return cpuPercent.load(); }
     juce::AudioProcessorValueTreeState& getParameterTree() noexcept { return parameters; }
@@ -72,6 +94,14 @@ public:
     static constexpr int maxHeldNotes = 128;
 
 private:
+    struct DirtyTracker : juce::AudioProcessorValueTreeState::Listener
+    {
+        explicit DirtyTracker (MorvaneAudioProcessor& p) : owner (p) {}
+        void parameterChanged (const juce::String&, float) override;
+        MorvaneAudioProcessor& owner;
+    };
+
+    void replaceTree (juce::ValueTree tree);
     void push (UiCommand::Type type, int note, float value) noexcept;
     void drainCommands() noexcept;
     void handleMidi (const juce::MidiMessageMetadata& event) noexcept;
@@ -116,6 +146,7 @@ private:
     std::atomic<float> cpuPercent { 0.0f };
     std::atomic<float> peakDb { -120.0f };
 
+    DirtyTracker dirtyTracker { *this };
     juce::CriticalSection presetLock;
     juce::String presetName, presetSource;
     bool presetDirty = false;

@@ -61,7 +61,8 @@ namespace
 
 juce::String usageText()
 {
-    return "usage: morvane-render --out FILE.wav [--preset FILE.xml] [--set ID=VALUE]...\n"
+    return "usage: morvane-render --out FILE.wav [--preset FILE.xml | --factory NAME] [--set ID=VALUE]...\n"
+           "                      [--state-in FILE] [--state-out FILE]\n"
            "                      [--note NOTE:VELOCITY:START:LENGTH]... [--midi FILE.mid]\n"
            "                      [--tail SECONDS] [--seconds SECONDS] [--rate HZ] [--block SAMPLES]\n"
            "                      [--channels 1|2] [--bench]\n"
@@ -73,7 +74,16 @@ juce::String usageText()
            "  --seconds        length of the render; default: last event plus --tail (1 s)\n"
            "  --rate, --block  sample rate (default 48000) and block size (default 512)\n"
            "  --channels       output bus width (default 2)\n"
-           "  --bench          print the real-time factor of the processing loop\n";
+           "  --bench          print the real-time factor of the processing loop\n"
+           "  --factory NAME   a factory preset by display name or xml file name\n"
+           "  --state-in FILE  restore a saved plug-in state before rendering\n"
+           "  --state-out FILE write the plug-in state after rendering\n"
+           "\n"
+           "       morvane-render --list-factory\n"
+           "       morvane-render --audition DIR [--rate HZ] [--block SAMPLES]\n"
+           "  --list-factory   one line per factory preset: category, name, xml, flagship mark\n"
+           "  --audition DIR   render every factory preset on one bass phrase into DIR/<xml stem>.wav\n"
+           "                   and print peak, RMS, spectral centroid and loudness of each\n";
 }
 
 ParseResult parseRenderOptions (const juce::StringArray& args)
@@ -199,6 +209,23 @@ ParseResult parseRenderOptions (const juce::StringArray& args)
         {
             o.bench = true;
         }
+        else if (arg == "--factory")
+        {
+            if (! value (o.factory)) return result;
+            if (o.factory.isEmpty()) { result.error = "option --factory needs a preset name"; return result; }
+        }
+        else if (arg == "--list-factory")
+        {
+            o.listFactory = true;
+        }
+        else if (arg == "--state-in" || arg == "--state-out" || arg == "--audition")
+        {
+            juce::String text;
+            if (! value (text)) return result;
+            if (text.isEmpty()) { result.error = "option " + arg + " needs a path"; return result; }
+            const auto file = juce::File::getCurrentWorkingDirectory().getChildFile (text);
+            (arg == "--state-in" ? o.stateIn : arg == "--state-out" ? o.stateOut : o.audition) = file;
+        }
         else
         {
             result.error = "unknown option '" + arg + "' (see --help)";
@@ -206,7 +233,9 @@ ParseResult parseRenderOptions (const juce::StringArray& args)
         }
     }
 
-    if (! haveOut)
+    if (o.preset && o.factory.isNotEmpty())
+        result.error = "use either --preset or --factory, not both";
+    else if (! haveOut && ! o.listFactory && ! o.audition)
         result.error = "missing --out FILE.wav (see --help)";
     return result;
 }

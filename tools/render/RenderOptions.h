@@ -25,6 +25,10 @@ struct RenderOptions
 {
     juce::File out;
     std::optional<juce::File> preset;
+    juce::String factory;                 // display name or xml file name
+    bool listFactory = false;
+    std::optional<juce::File> stateIn, stateOut;
+    std::optional<juce::File> audition;   // directory for the whole bank
     std::vector<ParameterSetting> sets;
     std::vector<NoteSpec> notes;
     std::optional<juce::File> midi;

@@ -1,6 +1,7 @@
 #include "render/RenderSession.h"
 
 #include "audio/PluginProcessor.h"
+#include "presets/Catalogue.h"
 #include "render/MidiFileEvents.h"
 
 #include <juce_audio_formats/juce_audio_formats.h>
@@ -14,7 +15,6 @@ namespace morvane::render
 {
 namespace
 {
-    void fail (const juce::String& message) { std::cerr << "morvane-render: " << message << std::endl; }
 
     juce::RangedAudioParameter* findParameter (juce::AudioProcessor& processor, const juce::String& id)
     {
@@ -55,14 +55,7 @@ namespace
         }
 
         // Parameters the document doesn't name keep their values; unknown ids are skipped.
-        for (auto* param : xml->getChildWithTagNameIterator ("PARAM"))
-            if (auto* p = findParameter (processor, param->getStringAttribute ("id")))
-            {
-                const auto text = param->getStringAttribute ("value").trim();
-                const double v = text.getDoubleValue();
-                if (text.isNotEmpty() && std::isfinite (v))
-                    setAsHost (*p, (float) v);
-            }
+        processor.applyPresetXml (*xml);
         return true;
     }
 
@@ -112,35 +105,76 @@ namespace
         return true;
     }
 
-    bool writeWav (const juce::File& file, const juce::AudioBuffer<float>& audio, double rate)
+}
+
+void fail (const juce::String& message)
+{
+    std::cerr << "morvane-render: " << message << std::endl;
+}
+
+bool writeWav (const juce::File& file, const juce::AudioBuffer<float>& audio, double rate)
+{
+    file.deleteFile();
+    auto stream = std::make_unique<juce::FileOutputStream> (file);
+    if (! stream->openedOk())
     {
-        file.deleteFile();
-        auto stream = std::make_unique<juce::FileOutputStream> (file);
-        if (! stream->openedOk())
-        {
-            fail ("cannot write '" + file.getFullPathName() + "': " + stream->getStatus().getErrorMessage());
-            return false;
-        }
-
-        juce::WavAudioFormat wav;
-        std::unique_ptr<juce::AudioFormatWriter> writer (
-            wav.createWriterFor (stream.get(), rate, (unsigned int) audio.getNumChannels(), 32, {}, 0));
-        if (writer == nullptr)
-        {
-            fail ("cannot write '" + file.getFullPathName() + "': no WAV writer for this format");
-            return false;
-        }
-        stream.release(); // the writer owns it now
-
-        const bool ok = writer->writeFromAudioSampleBuffer (audio, 0, audio.getNumSamples());
-        writer.reset();
-        if (! ok)
-        {
-            fail ("cannot write '" + file.getFullPathName() + "': write failed");
-            return false;
-        }
-        return true;
+        fail ("cannot write '" + file.getFullPathName() + "': " + stream->getStatus().getErrorMessage());
+        return false;
     }
+
+    juce::WavAudioFormat wav;
+    std::unique_ptr<juce::AudioFormatWriter> writer (
+        wav.createWriterFor (stream.get(), rate, (unsigned int) audio.getNumChannels(), 32, {}, 0));
+    if (writer == nullptr)
+    {
+        fail ("cannot write '" + file.getFullPathName() + "': no WAV writer for this format");
+        return false;
+    }
+    stream.release(); // the writer owns it now
+
+    const bool ok = writer->writeFromAudioSampleBuffer (audio, 0, audio.getNumSamples());
+    writer.reset();
+    if (! ok)
+    {
+        fail ("cannot write '" + file.getFullPathName() + "': write failed");
+        return false;
+    }
+    return true;
+}
+
+juce::AudioBuffer<float> renderEvents (MorvaneAudioProcessor& processor, const std::vector<TimedEvent>& events,
+                                       juce::int64 total, int blockSize, double* processSeconds)
+{
+    const int channels = processor.getTotalNumOutputChannels();
+    juce::AudioBuffer<float> output (channels, (int) std::max<juce::int64> (total, 0));
+    output.clear();
+    juce::AudioBuffer<float> block (channels, blockSize);
+    juce::MidiBuffer midi;
+    midi.ensureSize (4096);
+
+    size_t nextEvent = 0;
+    double seconds = 0.0;
+    for (juce::int64 pos = 0; pos < total; pos += blockSize)
+    {
+        const int n = (int) std::min<juce::int64> (blockSize, total - pos);
+        block.setSize (channels, n, false, false, true);
+        midi.clear();
+        while (nextEvent < events.size() && events[nextEvent].sample < pos + n)
+        {
+            midi.addEvent (events[nextEvent].message, (int) std::max<juce::int64> (events[nextEvent].sample - pos, 0));
+            ++nextEvent;
+        }
+
+        const auto t0 = std::chrono::steady_clock::now();
+        processor.processBlock (block, midi);
+        seconds += std::chrono::duration<double> (std::chrono::steady_clock::now() - t0).count();
+
+        for (int ch = 0; ch < channels; ++ch)
+            output.copyFrom (ch, (int) pos, block, ch, 0, n);
+    }
+    if (processSeconds != nullptr)
+        *processSeconds = seconds;
+    return output;
 }
 
 int runRender (const RenderOptions& o)
@@ -160,7 +194,24 @@ int runRender (const RenderOptions& o)
         return exitBadInput;
     }
 
+    if (o.stateIn)
+    {
+        juce::MemoryBlock blob;
+        if (! o.stateIn->loadFileAsData (blob))
+        {
+            fail ("cannot read state '" + o.stateIn->getFullPathName() + "'");
+            return exitBadInput;
+        }
+        if (juce::AudioProcessor::getXmlFromBinary (blob.getData(), (int) blob.getSize()) == nullptr)
+        {
+            fail ("cannot use state '" + o.stateIn->getFullPathName() + "': not a saved Morvane state");
+            return exitBadInput;
+        }
+        processor.setStateInformation (blob.getData(), (int) blob.getSize());
+    }
     if (o.preset && ! applyPresetFile (processor, *o.preset))
+        return exitBadInput;
+    if (o.factory.isNotEmpty() && ! applyFactoryPreset (processor, o.factory))
         return exitBadInput;
     if (! applySettings (processor, o.sets))
         return exitBadInput;
@@ -171,35 +222,8 @@ int runRender (const RenderOptions& o)
     const juce::int64 lastEvent = events.empty() ? 0 : events.back().sample;
     const juce::int64 total = o.seconds ? (juce::int64) std::llround (*o.seconds * o.rate)
                                         : lastEvent + (juce::int64) std::llround (o.tail * o.rate);
-    const int channels = processor.getTotalNumOutputChannels();
-
-    juce::AudioBuffer<float> output (channels, (int) std::max<juce::int64> (total, 0));
-    output.clear();
-    juce::AudioBuffer<float> block (channels, o.block);
-    juce::MidiBuffer midi;
-    midi.ensureSize (4096);
-
-    size_t nextEvent = 0;
     double processSeconds = 0.0;
-
-    for (juce::int64 pos = 0; pos < total; pos += o.block)
-    {
-        const int n = (int) std::min<juce::int64> (o.block, total - pos);
-        block.setSize (channels, n, false, false, true);
-        midi.clear();
-        while (nextEvent < events.size() && events[nextEvent].sample < pos + n)
-        {
-            midi.addEvent (events[nextEvent].message, (int) (events[nextEvent].sample - pos));
-            ++nextEvent;
-        }
-
-        const auto t0 = std::chrono::steady_clock::now();
-        processor.processBlock (block, midi);
-        processSeconds += std::chrono::duration<double> (std::chrono::steady_clock::now() - t0).count();
-
-        for (int ch = 0; ch < channels; ++ch)
-            output.copyFrom (ch, (int) pos, block, ch, 0, n);
-    }
+    const auto output = renderEvents (processor, events, total, o.block, &processSeconds);
 
     processor.releaseResources();
 
@@ -207,6 +231,17 @@ int runRender (const RenderOptions& o)
     {
         o.out.deleteFile();
         return exitWriteFailed;
+    }
+
+    if (o.stateOut)
+    {
+        juce::MemoryBlock blob;
+        processor.getStateInformation (blob);
+        if (! o.stateOut->replaceWithData (blob.getData(), blob.getSize()))
+        {
+            fail ("cannot write state '" + o.stateOut->getFullPathName() + "'");
+            return exitWriteFailed;
+        }
     }
 
     if (o.bench)

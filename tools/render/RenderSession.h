@@ -1,6 +1,11 @@
 #pragma once
 
+#include "render/MidiFileEvents.h"
 #include "render/RenderOptions.h"
+
+#include <juce_audio_basics/juce_audio_basics.h>
+
+#include <vector>
 
 namespace morvane::render
 {
@@ -10,4 +15,28 @@ enum ExitCode { exitOk = 0, exitWriteFailed = 1, exitBadInput = 2 };
 // Runs one render as a host would: construct, preset, settings, prepare, process, write.
 // Messages go to stderr, the bench line to stdout.
 int runRender (const RenderOptions& options);
+
+// The bank's own commands: a listing, and the audition of every preset on one phrase.
+int listFactory();
+int runAudition (const juce::File& directory, double rate, int block);
+}
+
+namespace morvane
+{
+class MorvaneAudioProcessor;
+
+namespace render
+{
+    // Plays sorted events through prepared processor blocks; returns total samples of audio.
+    juce::AudioBuffer<float> renderEvents (MorvaneAudioProcessor& processor, const std::vector<TimedEvent>& events,
+                                           juce::int64 total, int block, double* processSeconds = nullptr);
+    // Applies a factory preset by display name or xml file name and takes its identity; an unknown
+    // name is refused with the closest names.
+    bool applyFactoryPreset (MorvaneAudioProcessor& processor, const juce::String& name);
+    // The audition's bass phrase, and one preset rendered on it from a fresh instance.
+    std::vector<TimedEvent> auditionPhrase (double rate);
+    juce::AudioBuffer<float> renderAudition (const juce::String& xml, double rate, int block);
+    bool writeWav (const juce::File& file, const juce::AudioBuffer<float>& audio, double rate);
+    void fail (const juce::String& message);
+}
 }

@@ -24,5 +24,10 @@ int main (int argc, char* argv[])
     }
 
     juce::ScopedJuceInitialiser_GUI juce;
-    return morvane::render::runRender (parsed.options);
+    const auto& o = parsed.options;
+    if (o.listFactory)
+        return morvane::render::listFactory();
+    if (o.audition)
+        return morvane::render::runAudition (*o.audition, o.rate, o.block);
+    return morvane::render::runRender (o);
 }

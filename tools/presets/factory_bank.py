@@ -90,8 +90,8 @@ BANK = [
          p(dict(osc1Wave=HALFSINE, osc1Level=-10.0, subLevel=-2.0, filterCutoff=400.0, octave=1, glideTime=0.08,
                 legato=1), env("amp", 0.01, 0.3, 1.0, 0.3)), 0.0),
         ("eight oh eight", None, False, "sine sub with pitch drop, soft drive, short decay · 808 style sub kick bass",
-         p(dict(osc1Level=-60.0, subLevel=0.0, drive=6.0, driveAutoMakeup=1, filterCutoff=2000.0, octave=1),
-           env("amp", 0.001, 1.2, 0.0, 0.4), env("filter", 0.001, 0.08, 0.0, 0.05), slot(2, FENV, PITCH, 0.25)), 0.0),
+         p(dict(osc1Level=-60.0, subLevel=0.0, drive=2.0, driveAutoMakeup=1, filterCutoff=400.0, octave=1),
+           env("amp", 0.001, 1.2, 0.0, 0.4), env("filter", 0.001, 0.08, 0.0, 0.05), slot(2, FENV, PITCH, 0.15)), 0.0),
         ("dub melodic round", None, False, "sinepulse over a sine sub, ladder low, clean, glide · round melodic sub line",
          p(dict(osc1Wave=SINEPULSE, osc1Level=-8.0, osc1DcwDepth=0.3, subLevel=-3.0, filterCutoff=700.0, octave=1,
                 glideTime=0.06), BASS_AMP), 0.0),
@@ -105,7 +105,7 @@ BANK = [
                 drive=6.0, driveAutoMakeup=1, octave=1), BASS_AMP), 0.0),
         ("garage pluck", None, False, "square pluck, ladder with envelope, soft drive, short · two-step garage bass",
          p(dict(osc1Wave=SQUARE, osc1DcwDepth=0.7, filterCutoff=300.0, filterEnvAmount=36.0, filterReso=0.3, drive=6.0,
-                driveAutoMakeup=1, octave=1, subLevel=-10.0), env("filter", 0.001, 0.18, 0.0, 0.1), env("amp", 0.002, 0.3, 0.2, 0.1)), 0.0),
+                driveAutoMakeup=1, octave=1, subLevel=-10.0), env("filter", 0.001, 0.18, 0.0, 0.1), env("amp", 0.002, 0.25, 0.0, 0.1)), 0.0),
         ("house filtered pump", None, False, "saw through the ladder with lfo on cutoff, soft drive · filtered house bass",
          p(dict(osc1DcwDepth=0.8, filterCutoff=500.0, filterReso=0.35, drive=5.0, driveAutoMakeup=1, octave=1,
                 lfo1Sync=1, lfo1Rate=10.0, lfo1Depth=0.7, lfo1Shape=1), slot(2, LFO, CUTOFF, 0.35), BASS_AMP), 0.0),
@@ -123,7 +123,7 @@ BANK = [
          p(dict(osc1Wave=SQUARE, osc1DcwDepth=0.6, filterModel=DIODE, filterCutoff=600.0, filterReso=0.4, drive=6.0,
                 driveAutoMakeup=1, octave=1, lfo1Shape=3, lfo1Sync=1, lfo1Rate=12.0, lfo1Depth=1.0),
            slot(2, LFO, CUTOFF, 0.4), BASS_AMP), 0.0),
-        ("chip sid pulse", None, False, "pulse with pwm lfo, ladder open, clean, short · chiptune sid bass",
+        ("chip sid pulse", None, False, "pulse with pwm lfo, ladder open, clean · chiptune sid bass with lfo motion",
          p(dict(osc1Wave=PWM, osc1PulseWidth=0.25, filterCutoff=8000.0, octave=1, lfo1Rate=3.0, lfo1Depth=0.6,
                 lfo1Shape=1), slot(2, LFO, PW1, 0.3), env("amp", 0.001, 0.2, 0.6, 0.05)), 0.0),
         ("industrial fold", None, False, "saw into fold drive with lfo on the drive, ladder low · industrial moving bass",
@@ -145,10 +145,10 @@ BANK = [
          p(dict(osc2Level=0.0, osc2Detune=14.0, stereoWidth=0.8, osc1DcwDepth=0.9, osc2DcwDepth=0.9, filterCutoff=7000.0,
                 drive=4.0, driveAutoMakeup=1, glideTime=0.05, octave=3, lfo1Rate=5.5, lfo1Depth=0.15),
            slot(2, WHEEL, PITCH, 0.02), env("amp", 0.01, 0.3, 0.9, 0.35)), 0.0),
-        ("ladder solo", None, False, "square through the ladder, resonance, envelope, soft drive · mono solo lead",
+        ("ladder solo", None, False, "square through the ladder, resonance, envelope, soft drive, glide · mono solo lead that sustains",
          p(dict(osc1Wave=SQUARE, osc1DcwDepth=0.8, filterCutoff=1500.0, filterReso=0.5, filterEnvAmount=24.0, drive=5.0,
                 driveAutoMakeup=1, glideTime=0.04, octave=3), env("filter", 0.002, 0.4, 0.3, 0.2), env("amp", 0.005, 0.3, 0.85, 0.25)), 0.0),
-        ("sync sweep", None, False, "hard sync saw with envelope on dcw, ladder open, soft drive · sweeping sync lead",
+        ("sync sweep", None, False, "hard sync saw with envelope on dcw, ladder open, soft drive · sweeping sync lead that sustains",
          p(dict(syncOsc1=1, osc2Level=-60.0, osc1DcwDepth=1.0, osc1Semitone=7, filterCutoff=9000.0, drive=4.0,
                 driveAutoMakeup=1, octave=3), env("osc1Dcw", 0.001, 0.8, 0.2, 0.3), env("amp", 0.005, 0.3, 0.85, 0.25)), 0.0),
         ("whistle flute", None, False, "sine with breath noise, ladder open, clean, slow lfo vibrato · airy flute lead",
@@ -162,7 +162,7 @@ BANK = [
          p(dict(osc1Wave=PWM, osc2Wave=PWM, osc2Level=-2.0, osc2Detune=20.0, stereoWidth=0.7, filterCutoff=6000.0, drive=6.0,
                 driveAutoMakeup=1, glideTime=0.1, octave=3, lfo1Rate=4.0, lfo1Depth=0.4), slot(2, LFO, PW1, 0.3),
            env("amp", 0.005, 0.3, 0.85, 0.3)), 0.0),
-        ("pd resonant", None, True, "resonant ressaw with dcw envelope, ladder open, clean · phase-distortion resonant lead",
+        ("pd resonant", None, True, "resonant ressaw with dcw envelope, ladder open, clean · phase-distortion resonant sustain lead",
          p(dict(osc1Wave=RESSAW, osc1DcwDepth=1.0, filterCutoff=12000.0, octave=3), env("osc1Dcw", 0.002, 0.6, 0.35, 0.3),
            env("amp", 0.005, 0.3, 0.85, 0.3)), 0.0),
         ("acid lead 303", None, False, "saw through the diode filter, resonance, envelope, diode drive, glide · acid lead line",
@@ -175,7 +175,7 @@ BANK = [
         ("harmonica pd", None, False, "respulse with breath noise, ladder, clean, lfo vibrato · reedy harmonica lead",
          p(dict(osc1Wave=RESPULSE, osc1DcwDepth=0.5, noiseLevel=-40.0, filterCutoff=3500.0, octave=3, lfo1Rate=5.5,
                 lfo1Depth=0.3), slot(2, LFO, PITCH, 0.004), env("amp", 0.04, 0.3, 0.85, 0.2)), 0.0),
-        ("chip lead", None, False, "square, ladder open, clean, short arpeggio feel · chiptune square lead",
+        ("chip lead", None, False, "square, ladder open, clean, sustain · chiptune square lead",
          p(dict(osc1Wave=SQUARE, osc1DcwDepth=1.0, filterCutoff=10000.0, octave=3), env("amp", 0.001, 0.1, 0.7, 0.05)), 0.0),
         ("theremin glide", None, False, "sine with long glide and lfo vibrato, ladder open, clean · theremin glide lead",
          p(dict(osc1Wave=SAW, osc1DcwDepth=0.0, glideTime=0.35, legato=1, filterCutoff=8000.0, octave=3, lfo1Rate=6.0,
@@ -190,7 +190,7 @@ BANK = [
            env("amp", 0.002, 1.2, 0.0, 0.4)), 0.0),
         ("vibraphone", None, False, "halfsine with lfo tremolo, ladder, clean, pluck · soft vibraphone",
          p(dict(osc1Wave=HALFSINE, osc1DcwDepth=0.2, filterCutoff=5000.0, octave=3, lfo1Rate=5.0, lfo1Depth=0.4),
-           slot(2, LFO, AMP, 0.3), env("amp", 0.002, 1.8, 0.0, 0.6)), 0.0),
+           slot(2, LFO, AMP, 0.3), env("amp", 0.002, 0.9, 0.0, 0.6)), 0.0),
         ("harpsichord", None, False, "pulse with dcw decay, ladder open, clean, short pluck · plucked harpsichord",
          p(dict(osc1Wave=PULSE, osc1DcwDepth=0.8, filterCutoff=9000.0, octave=3), env("osc1Dcw", 0.001, 0.3, 0.1, 0.2),
            env("amp", 0.001, 0.8, 0.0, 0.3)), 0.0),
@@ -212,7 +212,7 @@ BANK = [
         ("cosmic bell", "bell_cosmic.xml", True, "ring mode bell with lfo shimmer, ladder open, clean, pluck · cosmic bell",
          p(dict(mode=1, osc2Level=0.0, osc2Semitone=12, osc2Fine=7, osc1Wave=HALFSINE, filterCutoff=9000.0, octave=3,
                 lfo1Rate=0.3, lfo1Depth=0.5, stereoWidth=0.4, osc2Detune=4.0), slot(2, LFO, D2, 0.3),
-           env("amp", 0.001, 2.5, 0.0, 1.2)), 0.0),
+           env("amp", 0.001, 1.0, 0.0, 1.2)), 0.0),
     ]),
     ("textures", "TEXTURES · PADS", [
         ("pwm sequencer", None, False, "pwm with lfo on width, ladder, soft drive, short · pulsing sequence",
@@ -246,8 +246,8 @@ BANK = [
                 filterReso=0.3, drive=4.0, driveAutoMakeup=1, octave=2, lfo1Rate=0.1, lfo1Depth=0.6),
            slot(2, LFO, CUTOFF, 0.2), env("amp", 1.5, 1.0, 1.0, 3.0)), 0.0),
         ("sustained acid pad", "sustain_acid_pad.xml", False, "saw through the diode filter with lfo, resonance, diode drive · sustain acid pad",
-         p(dict(osc2Level=-3.0, osc2Detune=10.0, filterModel=DIODE, filterCutoff=600.0, filterReso=0.65, drive=8.0,
-                driveMode=DIODEDRV, driveAutoMakeup=1, octave=2, lfo1Rate=0.25, lfo1Depth=0.8), slot(2, LFO, CUTOFF, 0.3), PAD_AMP), 0.0),
+         p(dict(osc2Level=-3.0, osc2Semitone=12, osc2Detune=6.0, filterModel=DIODE, filterCutoff=600.0, filterReso=0.65, drive=8.0,
+                driveMode=DIODEDRV, driveAutoMakeup=1, octave=2, lfo1Rate=0.25, lfo1Depth=0.5), slot(2, LFO, CUTOFF, 0.12), PAD_AMP), 0.0),
         ("vapor phase pad", None, False, "saw pair through the phase filter with lfo, clean, wide · vaporwave phase pad",
          p(dict(osc2Level=-2.0, osc2Detune=9.0, stereoWidth=0.8, filterModel=PHASEF, filterCutoff=900.0, filterReso=0.4,
                 octave=3, lfo1Rate=0.2, lfo1Depth=0.8), slot(2, LFO, CUTOFF, 0.4), PAD_AMP), 0.0),
@@ -278,9 +278,9 @@ BANK = [
          p(dict(osc2Level=-3.0, osc2Detune=25.0, noiseLevel=-12.0, filterCutoff=200.0, filterEnvAmount=48.0, drive=4.0,
                 driveAutoMakeup=1, stereoWidth=0.7), env("filter", 4.0, 1.0, 1.0, 0.5), slot(2, FENV, PITCH, 0.25),
            env("amp", 2.0, 1.0, 1.0, 0.8)), 0.0),
-        ("down sweep", None, False, "saw with a falling pitch envelope, ladder, soft drive · down sweep",
+        ("down sweep", None, False, "saw with a falling pitch envelope, ladder, soft drive, short · down sweep",
          p(dict(osc1DcwDepth=0.8, filterCutoff=4000.0, drive=5.0, driveAutoMakeup=1, octave=3),
-           env("filter", 0.001, 1.5, 0.0, 0.5), slot(2, FENV, PITCH, 0.5), env("amp", 0.001, 1.6, 0.0, 0.5)), 0.0),
+           env("filter", 0.001, 1.0, 0.0, 0.5), slot(2, FENV, PITCH, 0.5), env("amp", 0.001, 0.9, 0.0, 0.5)), 0.0),
         ("ringmod clang", None, False, "ring mode with a metallic interval, state filter, fold drive, short · ringmod clang",
          p(dict(mode=1, osc2Level=0.0, osc2Semitone=11, osc2Fine=31, filterModel=STATE, filterCutoff=4000.0, filterReso=0.4,
                 drive=8.0, driveMode=FOLD, driveAutoMakeup=1, octave=3), env("amp", 0.001, 0.6, 0.0, 0.3)), 0.0),
@@ -342,7 +342,37 @@ def escape(text):
     return text.replace("&", "&amp;").replace("<", "&lt;").replace(">", "&gt;").replace('"', "&quot;")
 
 
+def match_levels(table_path, trim_file, target=-11.0, ceiling=-1.2):
+    """Updates the trims from an audition table so that each preset meets the target loudness,
+    unless its peak would pass the ceiling first. init clean keeps the values it is given."""
+    import re
+    import subprocess
+    trims = {}
+    if os.path.exists(trim_file):
+        for line in open(trim_file):
+            if line.strip():
+                stem, value = line.rsplit(None, 1)
+                trims[stem] = float(value)
+    stems = {}
+    for cid, cname, presets in BANK:
+        for name, given, *_ in presets:
+            stems[name] = file_name(name, given)[:-4]
+    for row in open(table_path).read().splitlines()[1:]:
+        m = re.match(r"(.+?)\s+(-?[\d.]+)\s+(-?[\d.]+)\s+(\d+)\s+(-?[\d.]+)$", row)
+        name, peak, lufs = m.group(1).strip(), float(m.group(2)), float(m.group(5))
+        if name == "init clean":
+            continue
+        stem = stems[name]
+        trims[stem] = round(trims.get(stem, 0.0) + min(target - lufs, ceiling - peak), 1)
+    with open(trim_file, "w") as f:
+        for stem, value in trims.items():
+            f.write(f"{stem} {value}\n")
+
+
 def main():
+    if len(sys.argv) > 2 and sys.argv[1] == "--match":
+        match_levels(sys.argv[2], os.path.join(os.path.dirname(__file__), "trims.txt"))
+        sys.argv = sys.argv[:1]
     out_dir = sys.argv[1] if len(sys.argv) > 1 else os.path.join(os.path.dirname(__file__), "..", "..", "data", "presets")
     trims = {}
     trim_file = os.path.join(os.path.dirname(__file__), "trims.txt")

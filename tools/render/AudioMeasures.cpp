@@ -99,7 +99,7 @@ namespace
             }
             fft.performFrequencyOnlyForwardTransform (work.data());
             for (int k = 0; k < size / 2; ++k)
-                spectrum[(size_t) k] += work[(size_t) k];
+                spectrum[(size_t) k] += (double) work[(size_t) k] * work[(size_t) k]; // power: a low floor can't pull it up
         }
         double weighted = 0.0, total = 0.0;
         for (int k = 1; k < size / 2; ++k)

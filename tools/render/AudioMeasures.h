@@ -12,7 +12,7 @@ struct AudioMeasures
     float loudnessLufs = -200.0f; // integrated, K-weighted, gated
 };
 
-// Peak and RMS over all channels, spectral centroid of the mono sum, and integrated loudness in the
+// Peak and RMS over all channels, power-weighted spectral centroid of the mono sum, and integrated loudness in the
 // manner of ITU-R BS.1770 (K-weighting, 400 ms blocks, absolute and relative gates).
 AudioMeasures measureAudio (const juce::AudioBuffer<float>& audio, double rate);
 }

@@ -1,5 +1,6 @@
 #include "audio/PluginProcessor.h"
 
+#include "audio/SafeXml.h"
 #include "presets/Catalogue.h"
 
 #include <cmath>
@@ -205,7 +206,7 @@ void MorvaneAudioProcessor::setStateInformation (const void* data, int sizeInByt
 {
     if (data == nullptr || sizeInBytes <= 0)
         return;
-    const auto xml = getXmlFromBinary (data, sizeInBytes);
+    const auto xml = xmlFromStateBlob (data, sizeInBytes);
     if (xml == nullptr)
         return;
     auto tree = juce::ValueTree::fromXml (*xml);

@@ -1,6 +1,7 @@
 #include "presets/Catalogue.h"
 
 #include "BinaryData.h"
+#include "audio/SafeXml.h"
 
 namespace morvane::presets
 {
@@ -63,7 +64,7 @@ const char* findResource (const juce::String& name, int& size)
 Catalogue parseCatalogue (const juce::String& manifestText)
 {
     Catalogue catalogue;
-    const auto root = juce::XmlDocument::parse (manifestText);
+    const auto root = parseXmlSafely (manifestText);
     if (root == nullptr)
     {
         log ("preset manifest: failed to parse embedded manifest_xml");
@@ -139,6 +140,6 @@ std::unique_ptr<juce::XmlElement> loadFactoryDocument (const juce::String& xml)
     const char* data = findResource (resourceName (xml), size);
     if (data == nullptr || size <= 0)
         return nullptr;
-    return juce::XmlDocument::parse (juce::String::fromUTF8 (data, size));
+    return parseXmlSafely (data, size);
 }
 }

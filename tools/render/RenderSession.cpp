@@ -1,6 +1,7 @@
 #include "render/RenderSession.h"
 
 #include "audio/PluginProcessor.h"
+#include "audio/SafeXml.h"
 #include "presets/Catalogue.h"
 #include "render/MidiFileEvents.h"
 
@@ -41,7 +42,9 @@ namespace
             return false;
         }
 
-        const auto xml = juce::XmlDocument::parse (file);
+        juce::MemoryBlock bytes;
+        file.loadFileAsData (bytes);
+        const auto xml = parseXmlSafely (static_cast<const char*> (bytes.getData()), (int) bytes.getSize());
         if (xml == nullptr)
         {
             fail ("cannot parse preset '" + file.getFullPathName() + "': not an XML document");
@@ -202,7 +205,7 @@ int runRender (const RenderOptions& o)
             fail ("cannot read state '" + o.stateIn->getFullPathName() + "'");
             return exitBadInput;
         }
-        if (juce::AudioProcessor::getXmlFromBinary (blob.getData(), (int) blob.getSize()) == nullptr)
+        if (xmlFromStateBlob (blob.getData(), (int) blob.getSize()) == nullptr)
         {
             fail ("cannot use state '" + o.stateIn->getFullPathName() + "': not a saved Morvane state");
             return exitBadInput;

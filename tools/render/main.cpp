@@ -3,13 +3,21 @@
 
 #include <juce_events/juce_events.h>
 
+#include <cstring>
 #include <iostream>
 
 int main (int argc, char* argv[])
 {
     juce::StringArray args;
     for (int i = 1; i < argc; ++i)
+    {
+        if (! juce::CharPointer_UTF8::isValidString (argv[i], (int) std::strlen (argv[i])))
+        {
+            std::cerr << "morvane-render: argument " << i << " is not valid UTF-8" << std::endl;
+            return morvane::render::exitBadInput;
+        }
         args.add (juce::String::fromUTF8 (argv[i]));
+    }
 
     const auto parsed = morvane::render::parseRenderOptions (args);
     if (parsed.options.help)

@@ -83,6 +83,12 @@ TEST (Stress, RandomPatchesAndMidiAtEveryRateAndBlockSizeStayFiniteAndAllocateNo
                 }
                 if (b % 37 == 36)
                     p->pushPanic();
+                if (withMatrix && b % 11 == 5) // a learn completes on the audio thread, then acts through its binding
+                    p->startMidiLearn (p->getParameters()[(int) (rng() % (unsigned) p->getParameters().size())]
+                                           ->getName (64)); // an unknown id as often as not: no learn
+                if (withMatrix && b % 11 == 6)
+                    if (auto* ranged = dynamic_cast<juce::RangedAudioParameter*> (p->getParameters()[(int) (rng() % 157)]))
+                        p->startMidiLearn (ranged->getParameterID());
                 midi.clear();
                 addRandomEvents (midi, blockSize, rng);
                 if (b % changeEvery == 1 || blockSize == 1)

@@ -1,39 +1,25 @@
 #include "audio/ModFx.h"
 
+#include "audio/DelayRead.h"
+
+#include <juce_core/juce_core.h>
+
 #include <algorithm>
 #include <cmath>
 
 namespace morvane
 {
-namespace
-{
-    int powerOfTwoAtLeast (int n)
-    {
-        int size = 1;
-        while (size < n)
-            size <<= 1;
-        return size;
-    }
-}
-
 void ModDelayLine::prepare (double rate, int minimumSize)
 {
     sampleRate = rate;
-    buffer.assign ((size_t) powerOfTwoAtLeast (minimumSize), 0.0f);
+    buffer.assign ((size_t) juce::nextPowerOfTwo (minimumSize), 0.0f);
     mask = (int) buffer.size() - 1;
     writeIndex = 0;
 }
 
 float ModDelayLine::read (float delaySamples) const noexcept
 {
-    const float d = std::clamp (delaySamples, 0.0f, (float) mask);
-    const float pos = (float) writeIndex - d;
-    const float i = std::floor (pos);
-    const float frac = pos - i;
-    const int size = mask + 1;
-    const int base = (((int) i % size) + size) & mask;
-    const float a = buffer[(size_t) base];
-    return a + (buffer[(size_t) ((base + 1) & mask)] - a) * frac;
+    return readInterpolated (buffer, writeIndex, mask, std::clamp (delaySamples, 0.0f, (float) mask));
 }
 
 void ModFx::prepare (double rate)

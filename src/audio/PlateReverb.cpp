@@ -1,5 +1,7 @@
 #include "audio/PlateReverb.h"
 
+#include <juce_core/juce_core.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -7,19 +9,11 @@ namespace morvane
 {
 namespace
 {
-    int powerOfTwoAtLeast (int n)
-    {
-        int size = 1;
-        while (size < n)
-            size <<= 1;
-        return size;
-    }
-
     template <typename Line>
     void build (Line& line, int delay, int room)
     {
         line.delay = delay;
-        line.buffer.assign ((size_t) powerOfTwoAtLeast (delay + room), 0.0f);
+        line.buffer.assign ((size_t) juce::nextPowerOfTwo (delay + room), 0.0f);
         line.mask = (int) line.buffer.size() - 1;
         line.writeIndex = 0;
     }
@@ -57,7 +51,7 @@ void PlateReverb::prepare (double rate)
     sampleRate = rate > 0.0 ? rate : 44100.0;
     rateRatio = (float) sampleRate / 29761.0f;
 
-    predelayLine.assign ((size_t) powerOfTwoAtLeast (4 + (int) (sampleRate * 0.2)), 0.0f);
+    predelayLine.assign ((size_t) juce::nextPowerOfTwo (4 + (int) (sampleRate * 0.2)), 0.0f);
     predelayMask = (int) predelayLine.size() - 1;
 
     constexpr int diffuserLengths[] = { 142, 107, 379, 277 };

@@ -1,5 +1,9 @@
 #include "audio/StereoDelay.h"
 
+#include "audio/DelayRead.h"
+
+#include <juce_core/juce_core.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -8,10 +12,7 @@ namespace morvane
 void StereoDelay::prepare (double rate)
 {
     sampleRate = rate > 0.0 ? rate : 44100.0;
-    const int needed = (int) std::ceil (sampleRate * 1.5) + 4;
-    int size = 1;
-    while (size < needed)
-        size <<= 1;
+    const int size = juce::nextPowerOfTwo ((int) std::ceil (sampleRate * 1.5) + 4);
     lineLeft.assign ((size_t) size, 0.0f);
     lineRight.assign ((size_t) size, 0.0f);
     mask = size - 1;
@@ -52,13 +53,7 @@ float StereoDelay::read (const std::vector<float>& line, float delay) const noex
 {
     if (line.empty())
         return 0.0f;
-    const int size = mask + 1;
-    const float pos = (float) writeIndex - delay;
-    const float i = std::floor (pos);
-    const float frac = pos - i;
-    const int base = (((int) i % size) + size) & mask;
-    const float a = line[(size_t) base];
-    return a + (line[(size_t) ((base + 1) & mask)] - a) * frac;
+    return readInterpolated (line, writeIndex, mask, delay);
 }
 
 void StereoDelay::process (float& left, float& right) noexcept

@@ -2,6 +2,7 @@
 
 #include "audio/MidiBlock.h"
 #include "audio/Parameters.h"
+#include "ui/Editor.h"
 
 #include <algorithm>
 #include <cmath>
@@ -87,7 +88,7 @@ void MorvaneAudioProcessor::prepareToPlay (double sampleRate, int maximumExpecte
 
 juce::AudioProcessorEditor* MorvaneAudioProcessor::createEditor()
 {
-    return new juce::GenericAudioProcessorEditor (*this);
+    return new ui::Editor (*this);
 }
 
 //==============================================================================

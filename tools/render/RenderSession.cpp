@@ -112,7 +112,8 @@ namespace
 
 void fail (const juce::String& message)
 {
-    std::cerr << "morvane-render: " << message << std::endl;
+    // The tools share this: each names itself.
+    std::cerr << juce::File::getSpecialLocation (juce::File::currentExecutableFile).getFileName() << ": " << message << std::endl;
 }
 
 bool writeWav (const juce::File& file, const juce::AudioBuffer<float>& audio, double rate)

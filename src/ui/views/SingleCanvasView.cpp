@@ -1,0 +1,108 @@
+#include "ui/views/SingleCanvasView.h"
+
+#include "audio/PluginProcessor.h"
+#include "engine/ModLabels.h"
+#include "ui/PlaceholderPanel.h"
+#include "ui/theme/Tokens.h"
+#include "ui/theme/Typography.h"
+#include "ui/widgets/ActiveRoutes.h"
+
+namespace morvane::ui::views
+{
+namespace
+{
+struct PanelPlace
+{
+    const char* title;
+    juce::Rectangle<int> bounds;
+};
+
+const PanelPlace places[SingleCanvasView::panelCount] = {
+    { "Osc 1", { 0, 0, 420, 312 } },      { "Osc link", { 432, 0, 204, 312 } },
+    { "Osc 2", { 648, 0, 420, 312 } },    { "Sub / noise", { 1080, 0, 204, 312 } },
+    { "Filter", { 0, 324, 528, 312 } },   { "Amp env", { 540, 324, 312, 312 } },
+    { "Drive", { 864, 324, 204, 312 } },  { "LFO", { 1080, 324, 204, 312 } },
+};
+}
+
+SingleCanvasView::SingleCanvasView (MorvaneAudioProcessor& p) : processor (p)
+{
+    setName ("SingleCanvasView");
+    for (int i = 0; i < panelCount; ++i)
+    {
+        panels[(size_t) i] = std::make_unique<PlaceholderPanel> (places[i].title, 0, false);
+        addAndMakeVisible (*panels[(size_t) i]);
+    }
+}
+
+SingleCanvasView::~SingleCanvasView() = default;
+
+juce::Rectangle<int> SingleCanvasView::panelBounds (Panel p) { return places[(size_t) p].bounds; }
+
+SingleCanvasView::Panel SingleCanvasView::panelForDestination (int d) noexcept
+{
+    switch (d)
+    {
+        case 1: case 14: case 15: case 26: case 27: return filter;
+        case 2: case 28: return drive;
+        case 3: return amp;
+        case 4: case 8: case 21: return osc1;
+        case 5: case 9: case 10: case 11: case 12: case 22: return osc2;
+        case 6: case 13: case 20: return sources;
+        case 7: case 16: case 23: case 24: case 25: return detune;
+        case 17: case 18: return lfo;
+        default: return panelCount;
+    }
+}
+
+void SingleCanvasView::setModulationBadges (bool on)
+{
+    if (on == modulationBadges)
+        return;
+    modulationBadges = on;
+    repaint();
+}
+
+std::vector<SingleCanvasView::Badge> SingleCanvasView::badges() const
+{
+    std::vector<Badge> result;
+    std::array<int, 8> earlier {};
+    for (const auto& route : widgets::activeRoutes (processor.getParameterTree()))
+    {
+        const auto panel = panelForDestination (route.destination);
+        if (panel == panelCount)
+            continue;
+        const auto area = panelBounds (panel);
+        auto& count = earlier[(size_t) (route.destination % 8)];
+        const auto percent = juce::roundToInt (route.amount * 100.0f);
+        result.push_back ({ { area.getRight() - 6 - 78, area.getY() + 34 + 20 * count, 78, 18 },
+                            (shortSourceName (route.sourceName) + (percent >= 0 ? "+" : "") + juce::String (percent)).toUpperCase() });
+        ++count;
+    }
+    return result;
+}
+
+void SingleCanvasView::paintOverChildren (juce::Graphics& g)
+{
+    if (! modulationBadges)
+        return;
+    for (const auto& badge : badges())
+    {
+        const auto r = badge.bounds.toFloat();
+        g.setColour (token (Token::bgPanel).withAlpha (0.92f));
+        g.fillRoundedRectangle (r, 2.0f);
+        g.setColour (token (Token::accentModRing).withAlpha (0.8f));
+        g.drawRoundedRectangle (r.reduced (0.5f), 2.0f, 1.0f);
+        drawTypeText (g, 7, badge.text, badge.bounds, token (Token::textPrimary), juce::Justification::centred);
+    }
+}
+
+void SingleCanvasView::resized()
+{
+    // The panels keep their design bounds; a view cut below one grid step lays out nothing.
+    if (getWidth() / 8 * 8 < 1 || getHeight() / 8 * 8 < 1)
+        return;
+    for (int i = 0; i < panelCount; ++i)
+        panels[(size_t) i]->setBounds (places[i].bounds);
+}
+}

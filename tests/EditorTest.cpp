@@ -1,0 +1,379 @@
+#include "AllocationCounter.h"
+#include "TestHelpers.h"
+
+#include "snapshot/Snapshot.h"
+#include "ui/Editor.h"
+#include "ui/theme/Themes.h"
+#include "ui/theme/Tokens.h"
+
+#include <gtest/gtest.h>
+
+using namespace morvane;
+using namespace morvane::ui;
+
+namespace
+{
+struct TempSettings
+{
+    juce::File dir = juce::File::getSpecialLocation (juce::File::tempDirectory)
+                         .getNonexistentChildFile ("morvane-editor", "", false);
+    juce::File file = dir.getChildFile ("Morvane.settings");
+    TempSettings() { dir.createDirectory(); }
+    ~TempSettings()
+    {
+        dir.deleteRecursively();
+        applyThemeEntry (darkTheme());
+        publishWidgetTheme();
+    }
+    std::unique_ptr<juce::PropertiesFile> read() const
+    {
+        juce::PropertiesFile::Options o;
+        o.storageFormat = juce::PropertiesFile::storeAsXML;
+        return std::make_unique<juce::PropertiesFile> (file, o);
+    }
+    void write (const juce::StringPairArray& values) const
+    {
+        auto props = read();
+        for (const auto& key : values.getAllKeys())
+            props->setValue (key, values[key]);
+        props->saveIfNeeded();
+    }
+};
+
+juce::KeyPress ctrl (int key, bool shift = false)
+{
+    return juce::KeyPress (key, juce::ModifierKeys (juce::ModifierKeys::ctrlModifier | (shift ? juce::ModifierKeys::shiftModifier : 0)), 0);
+}
+
+bool menuEntryEnabled (const juce::PopupMenu& menu, const juce::String& text)
+{
+    for (juce::PopupMenu::MenuItemIterator it (menu, true); it.next();)
+        if (it.getItem().text == text)
+            return it.getItem().isEnabled;
+    ADD_FAILURE() << "no entry " << text;
+    return false;
+}
+}
+
+TEST (EditorScale, SnappingAndTheConstrainer)
+{
+    const std::pair<float, float> snaps[] = { { 2.0f, 1.5f }, { 0.9f, 1.0f }, { 0.875f, 0.75f }, { 1.125f, 1.0f },
+                                              { 1.13f, 1.25f }, { 0.1f, 0.75f }, { 1.05f, 1.0f } };
+    for (auto [in, out] : snaps)
+        EXPECT_FLOAT_EQ (snapScale (in), out) << in;
+    EXPECT_FLOAT_EQ (nextScaleStep (1.5f, +1), 1.5f);
+    EXPECT_FLOAT_EQ (nextScaleStep (0.75f, -1), 0.75f);
+    EXPECT_FLOAT_EQ (nextScaleStep (1.0f, +1), 1.25f);
+
+    SnapScaleConstrainer constrainer;
+    const juce::Rectangle<int> previous (100, 100, 1332, 828), limits (0, 0, 4000, 4000);
+    auto bounds = juce::Rectangle<int> (100, 100, 1400, 870);
+    constrainer.checkBounds (bounds, previous, limits, false, false, true, true);
+    EXPECT_EQ (bounds, previous) << "1.05 still snaps to 1";
+    bounds = { 100, 100, 1700, 1050 };
+    constrainer.checkBounds (bounds, previous, limits, false, false, true, true);
+    EXPECT_EQ (bounds, juce::Rectangle<int> (100, 100, 1665, 1035));
+    bounds = { 0, 0, 1700, 1050 };
+    constrainer.checkBounds (bounds, previous, limits, true, true, false, false);
+    EXPECT_EQ (bounds.getBottomRight(), previous.getBottomRight()) << "dragging the top left keeps the far corner";
+}
+
+TEST (Editor, ViewsShowTheirPanelAtItsBounds)
+{
+    TempSettings temp;
+    MorvaneAudioProcessor p;
+    Editor editor (p, temp.file);
+    EXPECT_EQ (editor.getWidth(), 1332);
+    EXPECT_EQ (editor.getHeight(), 828);
+    EXPECT_EQ (editor.getCanvas().getBounds(), juce::Rectangle<int> (0, 0, 1332, 828));
+    EXPECT_EQ (editor.getHeader().getBounds(), juce::Rectangle<int> (24, 24, 1284, 72));
+    EXPECT_EQ (editor.getFooter().getBounds(), juce::Rectangle<int> (24, 748, 1284, 56));
+
+    struct Row { int view; juce::Rectangle<int> bounds; bool canvas, footer, badges; };
+    const Row rows[] = {
+        { 0, { 24, 104, 1284, 636 }, true, true, false },  { 1, { 24, 0, 1284, 828 }, false, false, false },
+        { 2, { 888, 104, 420, 636 }, true, true, false },  { 3, { 24, 280, 1284, 460 }, true, true, true },
+        { 4, { 24, 104, 1284, 636 }, true, true, true },   { 5, { 24, 114, 1284, 626 }, true, true, true },
+    };
+    for (const auto& row : rows)
+    {
+        editor.setActiveView (row.view);
+        EXPECT_EQ (editor.getActiveView(), row.view);
+        EXPECT_EQ (editor.getViewPanel (row.view).getBounds(), row.bounds) << row.view;
+        EXPECT_TRUE (editor.getViewPanel (row.view).isVisible()) << row.view;
+        for (int other = 1; other <= 5; ++other)
+        {
+            if (other != row.view)
+                EXPECT_FALSE (editor.getViewPanel (other).isVisible()) << row.view << " hides " << other;
+        }
+        EXPECT_EQ (editor.getCanvasView()->isVisible(), row.canvas) << row.view;
+        EXPECT_EQ (editor.getFooter().isVisible(), row.footer) << row.view;
+        EXPECT_EQ (editor.getCanvasView()->getModulationBadges(), row.badges) << row.view;
+        EXPECT_TRUE (editor.getHeader().isVisible());
+    }
+
+    // Canvas panels stand on the grid.
+    using V = views::SingleCanvasView;
+    EXPECT_EQ (editor.getCanvasView()->getPanel (V::filter)->getBounds(), juce::Rectangle<int> (0, 324, 528, 312));
+    EXPECT_EQ (editor.getCanvasView()->getPanel (V::lfo)->getBounds(), juce::Rectangle<int> (1080, 324, 204, 312));
+}
+
+TEST (Editor, KeysAndFooterToggles)
+{
+    TempSettings temp;
+    MorvaneAudioProcessor p;
+    Editor editor (p, temp.file);
+    EXPECT_FALSE (editor.keyPressed (juce::KeyPress (juce::KeyPress::escapeKey))) << "Escape in view 0 goes to the host";
+    editor.setActiveView (3);
+    EXPECT_TRUE (editor.keyPressed (juce::KeyPress (juce::KeyPress::escapeKey)));
+    EXPECT_EQ (editor.getActiveView(), 0);
+
+    EXPECT_TRUE (editor.keyPressed (ctrl ('=')));
+    EXPECT_FLOAT_EQ (editor.getDisplayScale(), 1.25f);
+    EXPECT_EQ (editor.getWidth(), 1665);
+    EXPECT_TRUE (editor.keyPressed (ctrl ('+')));
+    EXPECT_TRUE (editor.keyPressed (ctrl ('=')));
+    EXPECT_FLOAT_EQ (editor.getDisplayScale(), 1.5f) << "at 150% nothing changes";
+    EXPECT_TRUE (editor.keyPressed (ctrl ('0')));
+    EXPECT_FLOAT_EQ (editor.getDisplayScale(), 1.0f);
+    EXPECT_TRUE (editor.keyPressed (ctrl ('-')));
+    EXPECT_TRUE (editor.keyPressed (ctrl ('_')));
+    EXPECT_FLOAT_EQ (editor.getDisplayScale(), 0.75f);
+    EXPECT_EQ (editor.getHeight(), 621);
+    EXPECT_FALSE (editor.keyPressed (juce::KeyPress ('=')));
+
+    const bool grid = editor.isDebugGridOn();
+    EXPECT_TRUE (editor.keyPressed (ctrl ('G', true)));
+    EXPECT_NE (editor.isDebugGridOn(), grid);
+    EXPECT_FALSE (editor.keyPressed (ctrl ('G')));
+
+    // A press on the active toggle closes its panel; another switches directly.
+    auto& footer = editor.getFooter();
+    auto clickButton = [&] (const char* title) {
+        for (auto* child : footer.getChildren())
+            if (auto* b = dynamic_cast<juce::Button*> (child); b != nullptr && b->getButtonText() == title)
+                b->triggerClick();
+        juce::MessageManager::getInstance()->runDispatchLoopUntil (20);
+    };
+    clickButton ("MATRIX");
+    EXPECT_EQ (editor.getActiveView(), 3);
+    clickButton ("FX");
+    EXPECT_EQ (editor.getActiveView(), 5);
+    clickButton ("FX");
+    EXPECT_EQ (editor.getActiveView(), 0);
+}
+
+TEST (Editor, SettingsAreWrittenAtOnceAndReadBack)
+{
+    TempSettings temp;
+    temp.write ({});
+    {
+        MorvaneAudioProcessor p;
+        Editor editor (p, temp.file);
+        editor.setDisplayScale (1.3f);
+        EXPECT_FLOAT_EQ ((float) temp.read()->getDoubleValue ("displayScale"), 1.25f);
+        editor.setShowTooltips (false);
+        EXPECT_FALSE (temp.read()->getBoolValue ("showTooltips", true));
+        editor.chooseTheme ("halogenMint");
+        EXPECT_EQ (temp.read()->getValue ("themeName"), "halogenMint");
+        EXPECT_EQ (token (Token::bgGround), juce::Colour (0xff001619));
+    }
+    applyThemeEntry (darkTheme());
+    MorvaneAudioProcessor p;
+    Editor editor (p, temp.file);
+    EXPECT_FLOAT_EQ (editor.getDisplayScale(), 1.25f);
+    EXPECT_EQ (editor.getWidth(), 1665);
+    EXPECT_FALSE (editor.getShowTooltips());
+    EXPECT_EQ (editor.getThemeName(), "halogenMint");
+    EXPECT_EQ (token (Token::bgGround), juce::Colour (0xff001619));
+}
+
+TEST (Editor, ThemeRestoreFallbacksAndImports)
+{
+    TempSettings temp;
+    struct Case { const char* name; const char* json; const char* expectedName; juce::uint32 ground; };
+    const Case cases[] = {
+        { "nonsense", "", "dark", 0xff0b0b0a },
+        { "untitled", "", "velvetReactor", 0xff130018 },
+        { "custom", R"({ "bg": { "ground": "#102030" } })", "custom", 0xff102030 },
+        { "custom", "{ broken", "dark", 0xff0b0b0a },
+        { "custom", "", "dark", 0xff0b0b0a },
+    };
+    for (const auto& c : cases)
+    {
+        temp.file.deleteFile();
+        juce::StringPairArray values;
+        values.set ("themeName", c.name);
+        if (*c.json != 0)
+            values.set ("themeJson", c.json);
+        temp.write (values);
+        MorvaneAudioProcessor p;
+        Editor editor (p, temp.file);
+        EXPECT_EQ (editor.getThemeName(), c.expectedName) << c.name << " " << c.json;
+        EXPECT_EQ (token (Token::bgGround).getARGB(), c.ground) << c.name << " " << c.json;
+    }
+
+    // An import is kept as "custom"; choosing a built-in theme afterwards keeps the imported text.
+    temp.file.deleteFile();
+    MorvaneAudioProcessor p;
+    Editor editor (p, temp.file);
+    const auto themeFile = temp.dir.getChildFile ("mine.json");
+    themeFile.replaceWithText ("{}");
+    ASSERT_TRUE (editor.importThemeFile (themeFile));
+    EXPECT_EQ (temp.read()->getValue ("themeName"), "custom");
+    EXPECT_EQ (token (Token::accentPrimary), juce::Colour (0xffc8f500));
+    themeFile.replaceWithText ("[]");
+    EXPECT_FALSE (editor.importThemeFile (themeFile));
+    EXPECT_FALSE (editor.importThemeFile (temp.dir.getChildFile ("absent.json")));
+    editor.chooseTheme ("oxbloodTape");
+    EXPECT_EQ (temp.read()->getValue ("themeName"), "oxbloodTape");
+    EXPECT_EQ (temp.read()->getValue ("themeJson"), "{}");
+}
+
+TEST (Editor, PresetStepsAndTheHeader)
+{
+    TempSettings temp;
+    MorvaneAudioProcessor p;
+    Editor editor (p, temp.file);
+    const int start = editor.getCurrentPresetIndex();
+    EXPECT_GT (start, 0);
+    EXPECT_EQ (editor.getHeader().getPresetName(), p.getPresetName());
+    editor.loadFactoryPreset (start + 1);
+    EXPECT_EQ (editor.getCurrentPresetIndex(), start + 1);
+    EXPECT_EQ (editor.getHeader().getPresetName(), p.getPresetName());
+    EXPECT_TRUE (editor.getHeader().getPositionText().endsWith ("/ 068"));
+
+    test::setParameter (p, "drive", 9.0f);
+    editor.refreshReadouts();
+    EXPECT_TRUE (editor.getHeader().getPresetName().endsWith (" *"));
+    EXPECT_TRUE (editor.getFooter().isDirtyShown());
+    editor.loadFactoryPreset (editor.getCurrentPresetIndex());
+    EXPECT_FALSE (editor.getHeader().getPresetName().endsWith (" *"));
+}
+
+TEST (Editor, WorkflowMenuAndPatchTools)
+{
+    TempSettings temp;
+    MorvaneAudioProcessor p;
+    Editor editor (p, temp.file);
+    auto menu = editor.buildWorkflowMenu();
+    EXPECT_FALSE (menuEntryEnabled (menu, "Undo")) << "nothing to undo right after a load";
+    EXPECT_TRUE (menuEntryEnabled (menu, "Recall A"));
+    EXPECT_TRUE (menuEntryEnabled (menu, "50%")) << "both slots hold a tree from the start";
+    EXPECT_TRUE (menuEntryEnabled (menu, "Full patch"));
+
+    auto& tree = p.getParameterTree();
+    auto cutoff = [&] { return tree.getRawParameterValue ("filterCutoff")->load(); };
+    test::setParameter (p, "filterCutoff", 200.0f);
+    editor.captureSlot (0);
+    test::setParameter (p, "filterCutoff", 2000.0f);
+    editor.captureSlot (1);
+    editor.morphSlots (0.5f);
+    EXPECT_NEAR (cutoff(), 1100.0f, 0.5f) << "linear in the parameter's own units";
+    editor.recallSlot (0);
+    EXPECT_NEAR (cutoff(), 200.0f, 0.05f);
+    EXPECT_TRUE (p.isPresetDirty());
+    EXPECT_FALSE (menuEntryEnabled (editor.buildWorkflowMenu(), "Undo")) << "a recall clears the history";
+
+    const auto mod1 = tree.getRawParameterValue ("mod1Amount")->load();
+    const auto source2 = tree.getRawParameterValue ("mod2Source")->load();
+    editor.randomisePatch ("movement");
+    EXPECT_EQ (tree.getRawParameterValue ("mod1Amount")->load(), mod1);
+    EXPECT_EQ (tree.getRawParameterValue ("mod2Source")->load(), source2);
+    EXPECT_NEAR (cutoff(), 200.0f, 0.05f) << "outside the scope";
+
+    editor.applyMacro (0, 0.5f, widgets::StatusFooter::MacroGesture::begin);
+    editor.applyMacro (0, 0.5f, widgets::StatusFooter::MacroGesture::end);
+    EXPECT_NEAR (tree.getRawParameterValue ("drive")->load(), 10.0f, 0.01f);
+    EXPECT_NEAR (tree.getRawParameterValue ("feedbackAmount")->load(), 0.14f, 0.001f);
+}
+
+TEST (Editor, NoAllocationInProcessBlockWhileTheEditorRuns)
+{
+    TempSettings temp;
+    MorvaneAudioProcessor p;
+    p.setRateAndBufferSizeDetails (48000.0, 256);
+    p.prepareToPlay (48000.0, 256);
+    Editor editor (p, temp.file);
+    editor.setActiveView (3);
+    juce::AudioBuffer<float> buffer (2, 256);
+    juce::MidiBuffer midi;
+    midi.ensureSize (64);
+    long allocations = 0;
+    for (int block = 0; block < 40; ++block)
+    {
+        midi.clear();
+        if (block % 10 == 0)
+            midi.addEvent (juce::MidiMessage::noteOn (1, 36 + block / 10, 0.9f), 3);
+        {
+            test::AllocationCounter counter;
+            p.processBlock (buffer, midi);
+            allocations += counter.allocations();
+        }
+        editor.refreshReadouts();
+        juce::MessageManager::getInstance()->runDispatchLoopUntil (1);
+    }
+    EXPECT_EQ (allocations, 0);
+}
+
+TEST (Snapshot, EachScaleHasItsSizeAndTheThemeGround)
+{
+    const std::pair<float, juce::Point<int>> sizes[] = { { 0.75f, { 999, 621 } }, { 1.0f, { 1332, 828 } },
+                                                         { 1.25f, { 1665, 1035 } }, { 1.5f, { 1998, 1242 } } };
+    for (auto [scale, size] : sizes)
+    {
+        snapshot::SnapshotOptions o;
+        o.scale = scale;
+        o.theme = "ochreEraDay";
+        juce::String error;
+        const auto image = snapshot::renderSnapshot (o, error);
+        ASSERT_TRUE (image.has_value()) << error;
+        EXPECT_EQ (image->getWidth(), size.x);
+        EXPECT_EQ (image->getHeight(), size.y);
+        // The margin left of the header shows the ground.
+        EXPECT_EQ (image->getPixelAt (4, image->getHeight() / 2), juce::Colour (0xffe5dac0)) << scale;
+    }
+    applyThemeEntry (darkTheme());
+}
+
+TEST (Snapshot, CommandLineRefusesBadInputAndWritesNoFile)
+{
+    const auto dir = juce::File::getSpecialLocation (juce::File::tempDirectory).getNonexistentChildFile ("morvane-snap", "", false);
+    dir.createDirectory();
+    const auto out = dir.getChildFile ("a.png");
+    const auto badTheme = dir.getChildFile ("bad.json");
+    badTheme.replaceWithText ("[1]");
+    const juce::StringArray cases[] = {
+        { "--out", out.getFullPathName(), "--view", "mixer" },
+        { "--out", out.getFullPathName(), "--scale", "2" },
+        { "--out", out.getFullPathName(), "--theme", "neon" },
+        { "--out", out.getFullPathName(), "--theme-file", badTheme.getFullPathName() },
+        { "--out", out.getFullPathName(), "--theme-file", dir.getChildFile ("none.json").getFullPathName() },
+        { "--out", out.getFullPathName(), "--set", "noSuchParameter=1" },
+        { "--out", out.getFullPathName(), "--factory", "no such preset" },
+        { "--view", "canvas" },
+    };
+    for (const auto& args : cases)
+    {
+        juce::ChildProcess process;
+        juce::StringArray command { MORVANE_SNAPSHOT_PATH };
+        command.addArray (args);
+        ASSERT_TRUE (process.start (command, juce::ChildProcess::wantStdErr | juce::ChildProcess::wantStdOut));
+        const auto output = process.readAllProcessOutput();
+        process.waitForProcessToFinish (60000);
+        EXPECT_EQ (process.getExitCode(), 2u) << args.joinIntoString (" ");
+        EXPECT_TRUE (output.startsWith ("morvane-snapshot: ")) << output;
+        EXPECT_FALSE (out.exists()) << args.joinIntoString (" ");
+        out.deleteFile();
+    }
+
+    juce::ChildProcess ok;
+    ASSERT_TRUE (ok.start (juce::StringArray { MORVANE_SNAPSHOT_PATH, "--out", out.getFullPathName(), "--view", "matrix",
+                                               "--factory", "reese classic", "--set", "drive=6" }));
+    ok.waitForProcessToFinish (60000);
+    EXPECT_EQ (ok.getExitCode(), 0u);
+    const auto image = juce::ImageFileFormat::loadFrom (out);
+    EXPECT_EQ (image.getWidth(), 1332);
+    EXPECT_EQ (image.getHeight(), 828);
+    dir.deleteRecursively();
+}

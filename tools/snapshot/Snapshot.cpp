@@ -1,0 +1,131 @@
+#include "snapshot/Snapshot.h"
+
+#include "audio/PluginProcessor.h"
+#include "presets/PresetLibrary.h"
+#include "render/RenderSession.h"
+#include "snapshot/WidgetGallery.h"
+#include "ui/Editor.h"
+#include "ui/theme/Themes.h"
+
+#include <iostream>
+
+namespace morvane::snapshot
+{
+namespace
+{
+bool applySettings (MorvaneAudioProcessor& processor, const std::vector<Setting>& sets, juce::String& error)
+{
+    auto& tree = processor.getParameterTree();
+    for (const auto& s : sets)
+    {
+        auto* parameter = tree.getParameter (s.id);
+        if (parameter == nullptr)
+        {
+            error = "unknown parameter id '" + s.id + "'";
+            return false;
+        }
+        parameter->beginChangeGesture();
+        parameter->setValueNotifyingHost (parameter->convertTo0to1 (s.value));
+        parameter->endChangeGesture();
+    }
+    return true;
+}
+
+bool checkThemeFile (const juce::File& file, juce::String& error)
+{
+    if (! file.existsAsFile())
+    {
+        error = "cannot read theme file '" + file.getFullPathName() + "'";
+        return false;
+    }
+    if (const auto json = juce::JSON::parse (file.loadFileAsString()); ! json.isObject() || json.isArray())
+    {
+        error = "invalid theme file '" + file.getFullPathName() + "': Theme JSON must be an object.";
+        return false;
+    }
+    return true;
+}
+
+juce::Image paint (juce::Component& component)
+{
+    juce::Image image (juce::Image::ARGB, component.getWidth(), component.getHeight(), true);
+    juce::Graphics g (image);
+    component.paintEntireComponent (g, true);
+    return image;
+}
+}
+
+std::optional<juce::Image> renderSnapshot (const SnapshotOptions& o, juce::String& error)
+{
+    if (o.themeFile && ! checkThemeFile (*o.themeFile, error))
+        return std::nullopt;
+
+    if (o.gallery)
+    {
+        // The library alone, in the chosen palette and scale.
+        if (o.theme.isNotEmpty())
+            ui::applyThemeById (o.theme);
+        else if (o.themeFile)
+            ui::applyThemeJson (juce::JSON::parse (o.themeFile->loadFileAsString()));
+        else
+            ui::applyThemeEntry (ui::darkTheme());
+        ui::publishWidgetTheme();
+        auto gallery = createWidgetGallery();
+        juce::Component holder;
+        holder.setSize (juce::roundToInt ((float) gallery->getWidth() * o.scale), juce::roundToInt ((float) gallery->getHeight() * o.scale));
+        holder.addAndMakeVisible (*gallery);
+        gallery->setTransform (juce::AffineTransform::scale (o.scale));
+        return paint (holder);
+    }
+
+    MorvaneAudioProcessor processor;
+    if (o.preset && ! presets::loadPresetFile (processor, *o.preset))
+    {
+        error = "cannot read preset '" + o.preset->getFullPathName() + "': no such file, or not an XML document";
+        return std::nullopt;
+    }
+    // The factory lookup says itself what it could not find, with the closest names.
+    if (o.factory.isNotEmpty() && ! render::applyFactoryPreset (processor, o.factory))
+        return std::nullopt;
+    if (! applySettings (processor, o.sets, error))
+        return std::nullopt;
+
+    // No settings file: the tool starts from the defaults and writes nowhere but its output.
+    ui::applyThemeEntry (ui::darkTheme());
+    ui::Editor editor (processor, juce::File());
+    if (o.theme.isNotEmpty())
+        editor.chooseTheme (o.theme);
+    else if (o.themeFile)
+        editor.importThemeFile (*o.themeFile);
+    editor.setDisplayScale (o.scale);
+    editor.setActiveView (o.view);
+    editor.refreshReadouts();
+    return paint (editor);
+}
+
+int runSnapshot (const SnapshotOptions& o)
+{
+    juce::String error;
+    const auto image = renderSnapshot (o, error);
+    if (! image)
+    {
+        if (error.isNotEmpty())
+            std::cerr << "morvane-snapshot: " << error << std::endl;
+        return 2;
+    }
+    o.out.deleteFile();
+    bool written = false;
+    {
+        juce::FileOutputStream stream (o.out);
+        juce::PNGImageFormat png;
+        written = stream.openedOk() && png.writeImageToStream (*image, stream);
+    }
+    if (! written)
+    {
+        o.out.deleteFile();
+        std::cerr << "morvane-snapshot: cannot write '" << o.out.getFullPathName() << "'" << std::endl;
+        return 1;
+    }
+    return 0;
+}
+}

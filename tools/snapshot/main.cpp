@@ -1,0 +1,24 @@
+#include "snapshot/Snapshot.h"
+
+#include <iostream>
+
+int main (int argc, char** argv)
+{
+    juce::ScopedJuceInitialiser_GUI gui;
+    juce::StringArray args;
+    for (int i = 1; i < argc; ++i)
+        args.add (juce::String::fromUTF8 (argv[i]));
+
+    const auto parsed = morvane::snapshot::parseSnapshotOptions (args);
+    if (parsed.options.help)
+    {
+        std::cout << morvane::snapshot::usageText();
+        return 0;
+    }
+    if (parsed.error.isNotEmpty())
+    {
+        std::cerr << "morvane-snapshot: " << parsed.error << " (see --help)" << std::endl;
+        return 2;
+    }
+    return morvane::snapshot::runSnapshot (parsed.options);
+}

@@ -237,18 +237,27 @@ TEST (Editor, PresetStepsAndTheHeader)
     Editor editor (p, temp.file);
     const int start = editor.getCurrentPresetIndex();
     EXPECT_GT (start, 0);
-    EXPECT_EQ (editor.getHeader().getPresetName(), p.getPresetName());
+    auto& strip = editor.getHeader().strip;
+    EXPECT_EQ (strip.getNameText(), p.getPresetName());
     editor.loadFactoryPreset (start + 1);
     EXPECT_EQ (editor.getCurrentPresetIndex(), start + 1);
-    EXPECT_EQ (editor.getHeader().getPresetName(), p.getPresetName());
-    EXPECT_TRUE (editor.getHeader().getPositionText().endsWith ("/ 068"));
+    EXPECT_EQ (strip.getNameText(), p.getPresetName());
+    EXPECT_EQ (strip.counterText(), juce::String::formatted ("%02d / 68", start + 1));
 
     test::setParameter (p, "drive", 9.0f);
     editor.refreshReadouts();
-    EXPECT_TRUE (editor.getHeader().getPresetName().endsWith (" *"));
+    EXPECT_TRUE (strip.getNameText().endsWith (" *"));
     EXPECT_TRUE (editor.getFooter().isDirtyShown());
     editor.loadFactoryPreset (editor.getCurrentPresetIndex());
-    EXPECT_FALSE (editor.getHeader().getPresetName().endsWith (" *"));
+    EXPECT_FALSE (strip.getNameText().endsWith (" *"));
+
+    // A rename changes the name only; the source and the dirty flag stay.
+    const auto source = p.getPresetSource();
+    ASSERT_TRUE (strip.onRename != nullptr);
+    strip.onRename ("Night Bus");
+    EXPECT_EQ (p.getPresetName(), "Night Bus");
+    EXPECT_EQ (p.getPresetSource(), source);
+    EXPECT_EQ (strip.getNameText(), "Night Bus");
 }
 
 TEST (Editor, WorkflowMenuAndPatchTools)

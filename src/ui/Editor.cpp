@@ -25,6 +25,7 @@ Editor::Editor (MorvaneAudioProcessor& p, const juce::File& settingsFile)
     : juce::AudioProcessorEditor (p),
       processor (p),
       catalogue (presets::loadCatalogue()),
+      header (p),
       randomEngine (std::random_device {}())
 {
     setLookAndFeel (&lookAndFeel);
@@ -72,6 +73,11 @@ Editor::Editor (MorvaneAudioProcessor& p, const juce::File& settingsFile)
     header.onBrowse = [this] { setActiveView (browserView); };
     header.onWorkflow = [this] { showWorkflowMenu(); };
     header.onSettings = [this] { setActiveView (settingsView); };
+    header.strip.onRename = [this] (const juce::String& name) { processor.setPresetName (name); refreshPresetDisplay(); };
+    header.strip.onSave = [this] { saveCurrentPreset (false); };
+    header.strip.onSaveAs = [this] { saveCurrentPreset (true); };
+    header.strip.onLoad = [this] { loadPresetFromFile(); };
+    header.strip.onReveal = [this] { revealUserPresetFolder(); };
     footer.onMatrix = [this] { toggleView (matrixView); };
     footer.onPlay = [this] { toggleView (playView); };
     footer.onFx = [this] { toggleView (fxView); };
@@ -304,7 +310,8 @@ void Editor::setActiveView (int v)
 
 void Editor::timerCallback()
 {
-    header.setPeakDb (processor.getPeakDb());
+    header.refreshTransport();
+    header.setOutputLevel (processor.getPeakDb());
 
     if (processor.getSampleRate() > 0.0)
         footer.setSampleRate (processor.getSampleRate());

@@ -1,138 +1,198 @@
 #include "ui/Header.h"
 
-#include "ui/theme/Surfaces.h"
+#include "audio/PluginProcessor.h"
 #include "ui/theme/Tokens.h"
 #include "ui/theme/Typography.h"
+
+#include "BinaryData.h"
 
 namespace morvane::ui
 {
 namespace
 {
-void drawChevron (juce::Graphics& g, const juce::Rectangle<float>& b, juce::Colour c, bool right)
+const juce::Image& logo()
 {
-    const auto centre = b.getCentre();
-    const float dx = right ? 2.5f : -2.5f;
-    juce::Path p;
-    p.startNewSubPath (centre.x - dx, centre.y - 5.0f);
-    p.lineTo (centre.x + dx, centre.y);
-    p.lineTo (centre.x - dx, centre.y + 5.0f);
-    g.setColour (c);
-    g.strokePath (p, juce::PathStrokeType (1.5f, juce::PathStrokeType::curved, juce::PathStrokeType::rounded));
-}
-
-void drawMenuGlyph (juce::Graphics& g, const juce::Rectangle<float>& b, juce::Colour c)
-{
-    const auto centre = b.getCentre();
-    g.setColour (c);
-    for (int i = -1; i <= 1; ++i)
-        g.fillRoundedRectangle (centre.x - 7.0f, centre.y + (float) i * 5.0f - 0.75f, 14.0f, 1.5f, 0.75f);
-}
-
-void drawSettingsGlyph (juce::Graphics& g, const juce::Rectangle<float>& b, juce::Colour c)
-{
-    // Three sliders: the settings are mostly choices of how things look.
-    const auto centre = b.getCentre();
-    g.setColour (c);
-    const float knobs[] = { -3.0f, 3.5f, -1.0f };
-    for (int i = -1; i <= 1; ++i)
+    static const juce::Image image = []
     {
-        const float y = centre.y + (float) i * 5.0f;
-        g.fillRect (centre.x - 7.0f, y - 0.5f, 14.0f, 1.0f);
-        g.fillEllipse (centre.x + knobs[i + 1] - 2.0f, y - 2.0f, 4.0f, 4.0f);
-    }
+        int size = 0;
+        const auto* data = BinaryData::getNamedResource ("icon_1024_png", size);
+        return data != nullptr ? juce::ImageFileFormat::loadFrom (data, (size_t) size) : juce::Image();
+    }();
+    return image;
+}
+
+juce::String octaveText (juce::AudioProcessorValueTreeState& parameters, double value)
+{
+    auto* choice = dynamic_cast<juce::AudioParameterChoice*> (parameters.getParameter ("octave"));
+    if (choice == nullptr)
+        return "0";
+    const auto text = choice->choices[juce::jlimit (0, choice->choices.size() - 1, juce::roundToInt (value))];
+    return text.isEmpty() ? juce::String ("0") : text;
 }
 }
 
-Header::Header()
-    : previousButton ("Previous preset", [] (auto& g, auto& b, auto c) { drawChevron (g, b, c, false); }),
-      nextButton ("Next preset", [] (auto& g, auto& b, auto c) { drawChevron (g, b, c, true); }),
-      workflowButton ("Patch tools", drawMenuGlyph),
-      settingsButton ("Settings", drawSettingsGlyph),
-      browseButton ("Browse", 6, 0)
+void Header::Listener::parameterChanged (const juce::String&, float)
+{
+    auto weak = header;
+    const bool transport = refreshesTransport;
+    juce::MessageManager::callAsync ([weak, transport]
+    {
+        if (auto* h = weak.get())
+        {
+            if (transport)
+                h->refreshTransport();
+            else
+                h->repaint();
+        }
+    });
+}
+
+Header::Header (MorvaneAudioProcessor& p)
+    : octaveDownChip ("-", "Octave down", "Lower oscillator pitch by one octave"),
+      octaveUpChip ("+", "Octave up", "Raise oscillator pitch by one octave"),
+      octaveChip ("Octave", [&tree = p.getParameterTree()] (double v) { return octaveText (tree, v); }),
+      glideChip ("Glide amount", header::formatGlideChip),
+      bpmDisplay (p.getParameterTree()),
+      masterChip ("Master volume", header::formatMasterChip),
+      processor (p),
+      parameters (p.getParameterTree())
 {
     setName ("Header");
-    for (auto* b : { (juce::Button*) &previousButton, (juce::Button*) &nextButton, (juce::Button*) &browseButton,
-                     (juce::Button*) &workflowButton, (juce::Button*) &settingsButton })
-    {
-        b->setTitle (b->getName());
-        b->setTooltip (b->getName());
-        addAndMakeVisible (*b);
-    }
-    previousButton.onClick = [this] { if (onPreviousPreset) onPreviousPreset(); };
-    nextButton.onClick = [this] { if (onNextPreset) onNextPreset(); };
-    browseButton.onClick = [this] { if (onBrowse) onBrowse(); };
+    for (auto* c : std::initializer_list<juce::Component*> { &strip, &octaveDownChip, &octaveChip, &octaveUpChip, &glideChip,
+                                                             &legatoButton, &bpmDisplay, &masterChip, &workflowButton, &settingsButton })
+        addAndMakeVisible (c);
+
+    octaveChip.setTooltip ("Current octave offset.");
+    bpmDisplay.editable = true;
+    bpmDisplay.setTooltip ("Standalone tempo for synced modulation. Double-click to edit.");
+
+    octaveChip.attach (parameters.getParameter ("octave"));
+    glideChip.attach (parameters.getParameter ("glideTime"));
+    masterChip.attach (parameters.getParameter ("outputGain"));
+    if (auto* legato = parameters.getParameter ("legato"))
+        legatoAttachment = std::make_unique<juce::ButtonParameterAttachment> (*legato, legatoButton, nullptr);
+
+    strip.onPrevious = [this] { if (onPreviousPreset) onPreviousPreset(); };
+    strip.onNext = [this] { if (onNextPreset) onNextPreset(); };
+    strip.onBrowse = [this] { if (onBrowse) onBrowse(); };
     workflowButton.onClick = [this] { if (onWorkflow) onWorkflow(); };
     settingsButton.onClick = [this] { if (onSettings) onSettings(); };
+    octaveDownChip.onClick = [this] { stepOctave (-1); };
+    octaveUpChip.onClick = [this] { stepOctave (+1); };
+
+    octaveListener = std::make_unique<Listener> (*this, false);
+    syncListener = std::make_unique<Listener> (*this, true);
+    parameters.addParameterListener ("octave", octaveListener.get());
+    parameters.addParameterListener ("lfo1Sync", syncListener.get());
+    parameters.addParameterListener ("lfoSyncBpm", syncListener.get());
+    refreshTransport();
 }
 
-Header::~Header() = default;
-
-juce::String Header::getPositionText() const
+Header::~Header()
 {
-    return juce::String (presetIndex).paddedLeft ('0', 3) + " / " + juce::String (presetCount).paddedLeft ('0', 3);
+    parameters.removeParameterListener ("octave", octaveListener.get());
+    parameters.removeParameterListener ("lfo1Sync", syncListener.get());
+    parameters.removeParameterListener ("lfoSyncBpm", syncListener.get());
 }
 
-void Header::setPresetPosition (int index, int count)
+void Header::stepOctave (int delta)
 {
-    if (index == presetIndex && count == presetCount)
+    auto* choice = dynamic_cast<juce::AudioParameterChoice*> (parameters.getParameter ("octave"));
+    if (choice == nullptr)
         return;
-    presetIndex = index;
-    presetCount = juce::jmax (1, count);
-    repaint (nameArea());
-}
-
-void Header::setPresetName (const juce::String& name)
-{
-    if (name == presetName)
+    const int next = juce::jlimit (0, choice->choices.size() - 1, choice->getIndex() + delta);
+    if (next == choice->getIndex())
         return;
-    presetName = name;
-    repaint (nameArea());
+    choice->beginChangeGesture();
+    choice->setValueNotifyingHost (choice->convertTo0to1 ((float) next));
+    choice->endChangeGesture();
 }
 
-void Header::setPeakDb (float db)
+void Header::refreshTransport()
 {
-    peakDb = db;
-    const auto area = meterArea();
-    const auto pixels = juce::roundToInt (juce::jmap (juce::jlimit (-60.0f, 0.0f, db), -60.0f, 0.0f, 0.0f, (float) area.getWidth()));
-    if (pixels != meterPixels)
-    {
-        meterPixels = pixels;
-        repaint (area);
-    }
+    const auto* sync = parameters.getRawParameterValue ("lfo1Sync");
+    bpmDisplay.synced = sync != nullptr && sync->load() > 0.5f;
+    bpmDisplay.setTooltip (bpmDisplay.editable ? "Standalone tempo for synced modulation. Double-click to edit."
+                           : bpmDisplay.synced ? "Host tempo for synced modulation."
+                                               : "Current modulation tempo readout.");
+    double bpm = 120.0;
+    bool fromHost = false;
+    if (auto* playHead = processor.getPlayHead())
+        if (const auto position = playHead->getPosition())
+            if (const auto tempo = position->getBpm())
+            {
+                bpm = juce::jlimit (40.0, 240.0, *tempo);
+                fromHost = true;
+            }
+    if (! fromHost)
+        if (const auto* raw = parameters.getRawParameterValue ("lfoSyncBpm"))
+            bpm = juce::jlimit (40.0, 240.0, (double) raw->load());
+    if (! juce::approximatelyEqual (bpm, bpmDisplay.bpm))
+        bpmDisplay.bpm = bpm;
+    bpmDisplay.repaint();
+    repaint (972, 0, 96, 22); // "BPM" or "SYNC BPM"
 }
 
-juce::Rectangle<int> Header::nameArea() const { return { 264, 12, 456, 48 }; }
-juce::Rectangle<int> Header::meterArea() const { return { getWidth() - 276, 32, 168, 8 }; }
+void Header::setOutputLevel (float db)
+{
+    db = juce::jlimit (-60.0f, 6.0f, db);
+    if (juce::approximatelyEqual (db, outputDb))
+        return;
+    outputDb = db;
+    repaint (1080, 0, 96, getHeight());
+}
+
+juce::Rectangle<int> Header::meterBar() const
+{
+    return { 1080, 67, juce::roundToInt (96.0f * juce::jlimit (0.0f, 1.0f, (outputDb + 60.0f) / 66.0f)), 4 };
+}
 
 void Header::paint (juce::Graphics& g)
 {
-    drawSurface (g, getLocalBounds().toFloat(), 0, rest);
-    drawTypeText (g, 9, "Morvane", juce::Rectangle<int> (24, 0, 180, getHeight()), token (Token::textPrimary),
-                  juce::Justification::centredLeft);
+    g.setColour (token (Token::borderHair));
+    g.fillRect (0, getHeight() - 1, getWidth(), 1);
 
-    const auto names = nameArea();
-    drawSurface (g, names.toFloat(), 2, rest);
-    drawTypeText (g, 8, getPositionText(), names.reduced (14, 0).withHeight (24).withY (names.getY() + 2),
-                  token (Token::textTertiary), juce::Justification::centredLeft);
-    drawTypeText (g, 0, presetName.isEmpty() ? juce::String ("—") : presetName,
-                  names.reduced (14, 0).withTrimmedTop (18), token (Token::textPrimary), juce::Justification::centredLeft);
+    if (logo().isValid())
+    {
+        juce::Graphics::ScopedSaveState saved (g);
+        juce::Path clip;
+        clip.addRoundedRectangle (8.0f, 22.0f, 44.0f, 44.0f, 12.0f);
+        g.reduceClipRegion (clip);
+        g.drawImage (logo(), { 8.0f, 22.0f, 44.0f, 44.0f }, juce::RectanglePlacement::stretchToFit);
+    }
+    drawTypeText (g, 0, "MORVANE", juce::Rectangle<int> (60, 22, 136, 44), token (Token::textPrimary), juce::Justification::centredLeft);
 
-    const auto meter = meterArea();
-    drawTypeText (g, 7, "Out", meter.withY (meter.getY() - 18).withHeight (14), token (Token::textTertiary),
-                  juce::Justification::centredLeft);
-    g.setColour (token (Token::bgPanel));
-    g.fillRoundedRectangle (meter.toFloat(), 2.0f);
-    g.setColour (peakDb > -1.0f ? token (Token::semanticWarn) : token (Token::accentPrimary));
-    g.fillRoundedRectangle (meter.withWidth (meterPixels).toFloat(), 2.0f);
+    const auto caption = [&] (const char* text, int x) {
+        drawTypeText (g, 7, text, juce::Rectangle<int> (x, 0, 96, 22), token (Token::textTertiary), juce::Justification::centredLeft);
+    };
+    caption ("OCT", 648);
+    caption ("GLIDE", 756);
+    caption ("LEGATO", 864);
+    caption (bpmDisplay.synced ? "SYNC BPM" : "BPM", 972);
+    caption ("MASTER", 1080);
+
+    g.setColour (token (Token::borderHair));
+    for (int x : dividers)
+        g.fillRect (x, 16, 1, getHeight() - 32);
+
+    g.setColour (token (Token::bgSurface2));
+    g.fillRoundedRectangle (1080.0f, 67.0f, 96.0f, 4.0f, 2.0f);
+    g.setColour (token (outputDb > -1.0f ? Token::semanticWarn : Token::accentPrimary));
+    g.fillRoundedRectangle (meterBar().toFloat(), 2.0f);
 }
 
 void Header::resized()
 {
-    const auto names = nameArea();
-    previousButton.setBounds (names.getX() - 84, 18, 36, 36);
-    nextButton.setBounds (names.getX() - 42, 18, 36, 36);
-    browseButton.setBounds (names.getRight() + 12, 18, 96, 36);
-    settingsButton.setBounds (getWidth() - 60, 18, 36, 36);
-    workflowButton.setBounds (getWidth() - 102, 18, 36, 36);
+    dividers = { 210, 642, 1074 };
+    strip.setBounds (216, 0, 420, getHeight());
+    octaveDownChip.setBounds (648, 22, 28, 44);
+    octaveChip.setBounds (676, 22, 40, 44);
+    octaveUpChip.setBounds (716, 22, 28, 44);
+    glideChip.setBounds (756, 22, 96, 44);
+    legatoButton.setBounds (864, 22, 96, 44);
+    bpmDisplay.setBounds (972, 22, 96, 44);
+    masterChip.setBounds (1080, 22, 96, 44);
+    workflowButton.setBounds (1188, 22, 44, 44);
+    settingsButton.setBounds (1240, 22, 44, 44);
 }
 }

@@ -1,42 +1,68 @@
 #pragma once
 
-#include "ui/primitives/canonical/IconButton.h"
-#include "ui/primitives/canonical/LabeledChipButton.h"
+#include "ui/HeaderControls.h"
+#include "ui/widgets/PresetNavStrip.h"
 
-#include <juce_gui_basics/juce_gui_basics.h>
+#include <juce_audio_processors/juce_audio_processors.h>
 
 #include <functional>
+#include <memory>
+#include <vector>
+
+namespace morvane
+{
+class MorvaneAudioProcessor;
+}
 
 namespace morvane::ui
 {
-// The band across the top: the preset's name and position, stepping, and the doors to the
-// browser, the workflow menu and the settings.
+// The band across the top: logo and word mark, the preset strip, octave, glide, legato, tempo,
+// master volume with its meter, and the doors to the workflow menu and the settings.
 class Header : public juce::Component
 {
 public:
-    Header();
+    explicit Header (MorvaneAudioProcessor& processor);
     ~Header() override;
 
     std::function<void()> onPreviousPreset, onNextPreset, onBrowse, onWorkflow, onSettings;
 
-    void setPresetPosition (int index, int count);
-    void setPresetName (const juce::String& name);
-    void setPeakDb (float db);
-    juce::String getPresetName() const { return presetName; }
-    juce::String getPositionText() const;
+    void refreshTransport();
+    void setOutputLevel (float db);
+    void setPresetPosition (int index, int total) { strip.setPosition (index, total); }
+    void setPresetName (const juce::String& name) { strip.setName (name); }
+    void stepOctave (int delta);
+
+    float getOutputDb() const noexcept { return outputDb; }
+    juce::Rectangle<int> meterBar() const;
 
     void paint (juce::Graphics&) override;
     void resized() override;
 
-private:
-    juce::Rectangle<int> nameArea() const;
-    juce::Rectangle<int> meterArea() const;
+    widgets::PresetNavStrip strip;
+    header::StepChip octaveDownChip, octaveUpChip;
+    header::HeaderValueChip octaveChip, glideChip;
+    header::LegatoButton legatoButton;
+    header::TransportBpmDisplay bpmDisplay;
+    header::HeaderValueChip masterChip;
+    header::WorkflowButton workflowButton;
+    header::SettingsButton settingsButton;
 
-    primitives::canonical::IconButton previousButton, nextButton, workflowButton, settingsButton;
-    primitives::canonical::LabeledChipButton browseButton;
-    juce::String presetName;
-    int presetIndex = 1, presetCount = 1;
-    float peakDb = -120.0f;
-    int meterPixels = 0;
+private:
+    struct Listener : juce::AudioProcessorValueTreeState::Listener
+    {
+        Listener (Header& h, bool transport) : header (&h), refreshesTransport (transport) {}
+        void parameterChanged (const juce::String&, float) override;
+        juce::WeakReference<Header> header;
+        bool refreshesTransport;
+    };
+
+    MorvaneAudioProcessor& processor;
+    juce::AudioProcessorValueTreeState& parameters;
+    float outputDb = -120.0f;
+    std::unique_ptr<juce::ButtonParameterAttachment> legatoAttachment;
+    std::unique_ptr<Listener> octaveListener, syncListener;
+    std::vector<int> dividers;
+
+    JUCE_DECLARE_WEAK_REFERENCEABLE (Header)
 };
 }

@@ -1,0 +1,137 @@
+#include "TestHelpers.h"
+
+#include "ui/Header.h"
+#include "ui/theme/Themes.h"
+
+#include <gtest/gtest.h>
+
+using namespace morvane;
+using namespace morvane::ui;
+
+namespace
+{
+juce::MouseEvent mouseAt (juce::Component& c, juce::Point<int> at, juce::ModifierKeys mods = {})
+{
+    auto source = juce::Desktop::getInstance().getMainMouseSource();
+    const auto p = at.toFloat();
+    return { source, p, mods, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f, &c, &c, juce::Time::getCurrentTime(), p,
+             juce::Time::getCurrentTime(), 1, false };
+}
+
+void settle() { juce::MessageManager::getInstance()->runDispatchLoopUntil (20); }
+}
+
+TEST (Header, ChipTextsAndFormats)
+{
+    const std::pair<double, const char*> glide[] = { { 0.0004, "0 ms" }, { 0.04, "40 ms" }, { 0.9994, "999 ms" }, { 1.234, "1.23 s" } };
+    for (auto [v, text] : glide)
+        EXPECT_EQ (header::formatGlideChip (v), text) << v;
+    EXPECT_EQ (header::formatMasterChip (-59.6), juce::String (juce::CharPointer_UTF8 ("\xe2\x88\x92\xe2\x88\x9e dB")));
+    EXPECT_EQ (header::formatMasterChip (-59.4), "-59.4 dB");
+    EXPECT_EQ (header::formatMasterChip (3.0), "3.0 dB");
+}
+
+TEST (Header, OctaveStepsStopAtTheEndsAndTheMeterFollowsTheLevel)
+{
+    MorvaneAudioProcessor p;
+    Header header (p);
+    header.setBounds (0, 0, 1284, 72);
+    auto* octave = dynamic_cast<juce::AudioParameterChoice*> (p.getParameterTree().getParameter ("octave"));
+    ASSERT_NE (octave, nullptr);
+    const int last = octave->choices.size() - 1;
+    for (int i = 0; i < last + 2; ++i)
+        header.octaveUpChip.triggerClick();
+    settle();
+    EXPECT_EQ (octave->getIndex(), last);
+    EXPECT_EQ (header.octaveChip.text(), octave->choices[last]);
+    for (int i = 0; i < last + 2; ++i)
+        header.octaveDownChip.triggerClick();
+    settle();
+    EXPECT_EQ (octave->getIndex(), 0);
+
+    const std::pair<float, int> levels[] = { { 6.0f, 96 }, { -60.0f, 0 }, { -200.0f, 0 }, { -27.0f, 48 } };
+    for (auto [db, width] : levels)
+    {
+        header.setOutputLevel (db);
+        EXPECT_EQ (header.meterBar().getWidth(), width) << db;
+    }
+}
+
+TEST (Header, TempoBoxCommitsClampedAndEscapeKeepsTheValue)
+{
+    MorvaneAudioProcessor p;
+    Header header (p);
+    header.setBounds (0, 0, 1284, 72);
+    auto& box = header.bpmDisplay;
+    auto* tempo = p.getParameterTree().getRawParameterValue ("lfoSyncBpm");
+    box.bpm = 99.5;
+    EXPECT_EQ (box.text(), "99.5");
+    box.bpm = 100.0;
+    EXPECT_EQ (box.text(), "100");
+
+    box.mouseDoubleClick (mouseAt (box, { 10, 10 }));
+    ASSERT_NE (box.getEditor(), nullptr);
+    box.getEditor()->setText ("300");
+    box.endEdit (true);
+    EXPECT_EQ (box.bpm, 240.0);
+    EXPECT_NEAR (tempo->load(), 240.0f, 0.01f);
+
+    box.beginEdit();
+    box.getEditor()->setText ("90");
+    box.endEdit (false);
+    EXPECT_EQ (box.bpm, 240.0);
+    EXPECT_NEAR (tempo->load(), 240.0f, 0.01f);
+
+    box.beginEdit();
+    box.getEditor()->setText ("");
+    box.endEdit (true);
+    EXPECT_EQ (box.bpm, 240.0) << "an empty entry keeps the old value";
+    settle();
+}
+
+TEST (PresetNavStrip, RenameAndTheMenu)
+{
+    widgets::PresetNavStrip strip;
+    strip.setBounds (0, 0, 420, 72);
+    strip.setPosition (7, 68);
+    EXPECT_EQ (strip.counterText(), "07 / 68");
+    strip.setName ("reese classic");
+    juce::String renamed;
+    strip.onRename = [&] (juce::String s) { renamed = s; };
+
+    // A click on the empty stretch behind the counter opens the box too.
+    const auto area = strip.nameArea();
+    strip.mouseDown (mouseAt (strip, { area.getRight() - 4, area.getCentreY() }));
+    ASSERT_NE (strip.getRenameEditor(), nullptr);
+    strip.getRenameEditor()->setText ("   ");
+    strip.getRenameEditor()->onReturnKey();
+    EXPECT_TRUE (renamed.isEmpty()) << "a blank name fires nothing";
+    EXPECT_EQ (strip.getNameText(), "reese classic");
+    EXPECT_EQ (strip.getRenameEditor(), nullptr);
+
+    strip.mouseDown (mouseAt (strip, area.getCentre()));
+    strip.getRenameEditor()->setText ("typed");
+    strip.getRenameEditor()->onEscapeKey();
+    EXPECT_EQ (strip.getNameText(), "reese classic");
+    EXPECT_TRUE (renamed.isEmpty());
+
+    strip.mouseDown (mouseAt (strip, area.getCentre()));
+    strip.getRenameEditor()->setText ("  Night Bus ");
+    strip.getRenameEditor()->onFocusLost();
+    EXPECT_EQ (renamed, "Night Bus");
+    EXPECT_EQ (strip.getNameText(), "Night Bus");
+
+    // Presses outside the name area (the arrows, BROWSE) open nothing.
+    strip.mouseDown (mouseAt (strip, { 10, 40 }, juce::ModifierKeys::rightButtonModifier));
+    strip.mouseDown (mouseAt (strip, { 10, 40 }));
+    EXPECT_EQ (strip.getRenameEditor(), nullptr);
+
+    juce::StringArray entries;
+    const auto menu = strip.buildMenu();
+    for (juce::PopupMenu::MenuItemIterator it (menu); it.next();)
+        if (! it.getItem().isSeparator)
+            entries.add (it.getItem().text);
+    EXPECT_EQ (entries.joinIntoString ("|"), juce::String (juce::CharPointer_UTF8 (
+        "Save preset|Save preset as\xe2\x80\xa6|Load preset from file\xe2\x80\xa6|Reveal user preset folder")));
+    settle();
+}

@@ -128,17 +128,7 @@ void TransportBpmDisplay::beginEdit()
         return;
     editor = std::make_unique<juce::TextEditor>();
     editor->setFont (fontForTypeRole (5));
-    auto& props = editor->getProperties();
-    props.set (themeProperty::editorBg, "transparent");
-    props.set (themeProperty::editorOutline, "transparent");
-    props.set (themeProperty::editorFocus, "transparent");
-    props.set (themeProperty::editorText, "text.primary");
-    for (int id : { (int) juce::TextEditor::backgroundColourId, (int) juce::TextEditor::outlineColourId,
-                    (int) juce::TextEditor::focusedOutlineColourId, (int) juce::CaretComponent::caretColourId })
-        editor->setColour (id, juce::Colours::transparentBlack);
-    editor->setColour (juce::TextEditor::textColourId, token (Token::textPrimary));
-    editor->setColour (juce::TextEditor::highlightedTextColourId, token (Token::textPrimary));
-    editor->setColour (juce::TextEditor::highlightColourId, token (Token::accentPrimary).withAlpha (0.35f));
+    styleTextEditor (*editor, "transparent", "transparent", "transparent", "text.primary", 0.35f);
     editor->setInputRestrictions (0, "0123456789.");
     editor->setText (juce::String (bpm, 1), false);
     editor->selectAll();

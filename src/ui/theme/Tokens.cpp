@@ -90,5 +90,23 @@ void setThemeProperty (juce::Component& component, const juce::Identifier& prope
         component.getProperties().set (property, name);
 }
 
+void styleTextEditor (juce::TextEditor& editor, const juce::String& bg, const juce::String& outline, const juce::String& focus,
+                      const juce::String& text, float highlightAlpha)
+{
+    auto& props = editor.getProperties();
+    props.set (themeProperty::editorBg, bg);
+    props.set (themeProperty::editorOutline, outline);
+    props.set (themeProperty::editorFocus, focus);
+    props.set (themeProperty::editorText, text);
+    const auto none = juce::Colours::transparentBlack;
+    editor.setColour (juce::TextEditor::backgroundColourId, tokenByName (bg, none));
+    editor.setColour (juce::TextEditor::outlineColourId, tokenByName (outline, none));
+    editor.setColour (juce::TextEditor::focusedOutlineColourId, tokenByName (focus, none));
+    editor.setColour (juce::CaretComponent::caretColourId, tokenByName (focus, none));
+    editor.setColour (juce::TextEditor::textColourId, tokenByName (text, none));
+    editor.setColour (juce::TextEditor::highlightedTextColourId, tokenByName (text, none));
+    editor.setColour (juce::TextEditor::highlightColourId, token (Token::accentPrimary).withAlpha (highlightAlpha));
+}
+
 juce::Colour startupTextPrimary() noexcept { return startupText; }
 }

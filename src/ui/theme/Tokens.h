@@ -52,6 +52,11 @@ namespace overlay
     const juce::Colour gridYellow { 0xffffd24a };
 }
 
+// A text editor made for a moment: its four theme properties (token names) and the colours they
+// stand for now, with the selection in accent.primary at the given alpha.
+void styleTextEditor (juce::TextEditor& editor, const juce::String& bg, const juce::String& outline, const juce::String& focus,
+                      const juce::String& text, float highlightAlpha);
+
 // text.primary as it stood at start-up, before any theme: the debug grid's numbers.
 juce::Colour startupTextPrimary() noexcept;
 

@@ -171,6 +171,9 @@ inline WidgetTheme lightTheme()
         { surfaceBase, 0xffe5dac0 },   { surfaceRaised, 0xffefe5c9 }, { surfacePanel, 0xfffaf6ea },
         { surfaceOverlay, 0xffddd2b5 }, { borderSubtle, 0xff8a7a55 },  { textPrimary, 0xff1f1b14 },
         { textMuted, 0xff7d6f4f },      { accentPrimary, 0xffa65a00 },
+        // The rest of a light palette, so that no dark default shows through.
+        { borderFocus, 0xffa65a00 },    { textDisabled, 0xffb3a784 },  { accentPrimaryText, 0xfffaf6ea },
+        { accentSelection, 0xffd6c9a4 },
     };
     for (const auto& [index, argb] : colours)
         theme.palette[index] = juce::Colour(argb);

@@ -162,7 +162,7 @@ private:
 
     int knobSection(int y)
     {
-        auto& panel = section("Knobs", y, 250);
+        auto& panel = section("Knobs", y, 214);
         const struct { KnobSize size; const char* name; } sizes[] = {
             { KnobSize::Mini, "Mini" }, { KnobSize::Small, "Small" }, { KnobSize::Medium, "Medium" }, { KnobSize::Large, "Large" },
         };
@@ -198,7 +198,7 @@ private:
 
     int valueSection(int y)
     {
-        auto& panel = section("Values", y, 170);
+        auto& panel = section("Values", y, 150);
         int x = 24;
         const int top = 48;
         auto& chip = make<ValueChip>(panel, "Glide");
@@ -224,12 +224,12 @@ private:
         bar.setTopLeftPosition(x, top);
         caption(panel, "Bipolar bar", bar.getBounds());
         auto& negative = make<BipolarBar>(panel);
-        negative.setBarWidth(180);
-        negative.setSize(232, 44);
+        negative.setBarWidth(148);
+        negative.setSize(200, 44);
         negative.setDisplayValue(-0.6f);
         negative.setTopLeftPosition(x + 304 + 16, top);
         caption(panel, "Narrow, negative", negative.getBounds());
-        x += 304 + 16 + 232 + 24;
+        x += 304 + 16 + 200 + 24;
 
         auto& row = make<KnobRow>(panel, KnobSize::Mini);
         std::vector<Knob*> rowKnobs;
@@ -246,9 +246,9 @@ private:
         auto& fieldChip = make<ValueChip>(field, "");
         fieldChip.setValue(0.5, juce::dontSendNotification);
         fieldChip.setArrowsVisible(false);
-        field.setBounds(x, 8, 140, 100);
+        field.setBounds(x, 8, 120, 100);
         field.setContent(&fieldChip);
-        x += 140 + 12;
+        x += 120 + 12;
         auto& compact = make<FieldBox>(panel, "Compact");
         auto& compactChip = make<ValueChip>(compact, "");
         compactChip.setValue(0.25, juce::dontSendNotification);
@@ -315,13 +315,14 @@ private:
 
     int choiceSection(int y)
     {
-        auto& panel = section("Choices", y, 250);
+        auto& panel = section("Choices", y, 226);
         const int top = 44;
         auto& dropdown = make<ChoiceDropdown>(panel, params.state, "wave", "Wave");
         dropdown.setBounds(24, top, dropdown.preferredWidth() + 24, 44);
         caption(panel, "Drop-down", dropdown.getBounds());
         auto& header = make<HeaderChoice>(panel, params.state, "slope", "Slope");
-        header.setBounds(24, top + 80, header.preferredWidth(), 32);
+        // The look-and-feel draws the compact box; give it room for any face it may use.
+        header.setBounds(24, top + 80, header.preferredWidth() + 40, 32);
         caption(panel, "Header choice", header.getBounds());
 
         auto& open = make<OpenChoicePreview>(panel, juce::StringArray { "Saw", "Square", "Pulse", "Reso" }, 1);
@@ -333,8 +334,9 @@ private:
 
         auto& spaced = make<SegmentedControl>(panel, params.choice("wave"), juce::StringArray { "Saw", "Square", "Pulse", "Reso" });
         spaced.setGapStep(1);
-        auto& field = make<SegmentField>(panel, "Segment field", &spaced);
-        field.setBounds(408, top + 60, spaced.getWidth() + 24, 100);
+        const int spacedWidth = spaced.getWidth(); // the field resizes its content once it has one
+        auto& field = make<SegmentField>(panel, "Segment field, gap step 1", &spaced);
+        field.setBounds(408, top + 60, spacedWidth + 24, 100);
         return y + panel.getHeight();
     }
 

@@ -156,3 +156,22 @@ TEST(WidgetFieldBox, ContentBelowTheCaption)
     box.setSize(10, 30);
     EXPECT_EQ(content.getBounds(), juce::Rectangle<int>(0, 22, 10, 8));
 }
+
+TEST(WidgetValueChip, VerticalDragMovesTheValueUpward)
+{
+    ValueChip chip("Amount");
+    chip.setValue(0.5);
+    Mouse mouse { chip };
+    mouse.down({ 48, 22 });
+    for (int i = 1; i <= 5; ++i)
+        mouse.drag({ 48, 22.0f - 10.0f * (float) i });
+    mouse.up({ 48, -28 });
+    EXPECT_GT(chip.getValue(), 0.5);
+    EXPECT_LE(chip.getValue(), 1.0);
+    const double raised = chip.getValue();
+    mouse.down({ 48, 22 });
+    for (int i = 1; i <= 5; ++i)
+        mouse.drag({ 48, 22.0f + 10.0f * (float) i });
+    mouse.up({ 48, 72 });
+    EXPECT_LT(chip.getValue(), raised);
+}

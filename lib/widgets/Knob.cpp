@@ -200,6 +200,7 @@ juce::Rectangle<int> Knob::valueRowBounds() const
 
 void Knob::resized()
 {
+    juce::Slider::resized();
     auto row = valueRowBounds();
     if (row.getHeight() < 16)
     {

@@ -166,6 +166,12 @@ TEST(WidgetRender, GalleryDrawsTheWholeLibrary)
             EXPECT_TRUE(juce::PNGImageFormat().writeImageToStream(picture, out));
         };
         save(image, "gallery-dark.png");
+        // Close-ups at twice the size, one per section, to judge the drawing itself.
+        const auto large = render(*gallery, 2.0f);
+        int index = 0;
+        for (auto* section : gallery->getChildren())
+            save(large.getClippedImage((section->getBounds() * 2).getIntersection(large.getBounds())),
+                 "gallery-dark@2x-" + juce::String(index++) + ".png");
         ScopedTheme light(lightTheme());
         save(render(*gallery), "gallery-light.png");
     }

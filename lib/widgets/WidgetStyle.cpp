@@ -4,14 +4,14 @@ namespace ostrel::widgets
 {
 namespace
 {
-struct RoleSpec
+struct RoleStyle
 {
     float height;
     bool bold;
     bool upper;
 };
 
-RoleSpec roleSpec(TextRole role)
+RoleStyle roleStyle(TextRole role)
 {
     switch (role)
     {
@@ -29,13 +29,13 @@ RoleSpec roleSpec(TextRole role)
 
 juce::Font roleFont(TextRole role)
 {
-    const auto spec = roleSpec(role);
-    return juce::Font(spec.height, spec.bold ? juce::Font::bold : juce::Font::plain);
+    const auto style = roleStyle(role);
+    return juce::Font(style.height, style.bold ? juce::Font::bold : juce::Font::plain);
 }
 
 juce::String roleText(TextRole role, const juce::String& text)
 {
-    return roleSpec(role).upper ? text.toUpperCase() : text;
+    return roleStyle(role).upper ? text.toUpperCase() : text;
 }
 
 void drawRoleText(juce::Graphics& g, TextRole role, const juce::String& text,

@@ -4,5 +4,5 @@
 
 #include <memory>
 
-// Every control of the widget library on one sheet: the library's demo page.
+// The widget library's demo sheet: every control, in its states, drawn from the current theme.
 std::unique_ptr<juce::Component> createWidgetGallery();

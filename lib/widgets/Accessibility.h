@@ -1,0 +1,27 @@
+#pragma once
+
+#include <juce_gui_basics/juce_gui_basics.h>
+
+#include <functional>
+
+namespace ostrel::widgets
+{
+
+// Value interface for self-painting controls that are no juce::Slider: screen readers see
+// the same number and text that the control paints.
+struct AccessibleValue
+{
+    std::function<double()> get;
+    std::function<void(double)> set; // empty: read only
+    std::function<juce::String()> text;
+    double minimum = 0.0, maximum = 1.0, step = 0.01;
+    // When set, read at each query instead of minimum and maximum (a slider's range can change).
+    std::function<juce::Range<double>()> range;
+};
+
+std::unique_ptr<juce::AccessibilityHandler> makeValueAccessibility(juce::Component& component,
+                                                                   juce::AccessibilityRole role,
+                                                                   AccessibleValue value,
+                                                                   juce::AccessibilityActions actions = {});
+
+} // namespace ostrel::widgets

@@ -1,0 +1,20 @@
+#pragma once
+
+// The whole widget library in one include.
+#include "Accessibility.h"
+#include "BipolarBar.h"
+#include "ChoiceDropdown.h"
+#include "FieldBox.h"
+#include "Knob.h"
+#include "KnobRow.h"
+#include "PerformanceControls.h"
+#include "PianoKeyboard.h"
+#include "SectionFrame.h"
+#include "SectionHeader.h"
+#include "SegmentedControl.h"
+#include "StepPhraseGrid.h"
+#include "Tab.h"
+#include "ValueChip.h"
+#include "ValueEntry.h"
+#include "WidgetStyle.h"
+#include "WidgetTheme.h"

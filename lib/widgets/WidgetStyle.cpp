@@ -1,4 +1,5 @@
 #include "WidgetStyle.h"
+#include "WidgetTheme.h"
 
 namespace ostrel::widgets
 {
@@ -30,6 +31,9 @@ RoleStyle roleStyle(TextRole role)
 juce::Font roleFont(TextRole role)
 {
     const auto style = roleStyle(role);
+    const auto& theme = WidgetTheme::current();
+    if (auto face = style.bold ? theme.boldFace : theme.regularFace)
+        return juce::Font(face).withHeight(style.height);
     return juce::Font(style.height, style.bold ? juce::Font::bold : juce::Font::plain);
 }
 

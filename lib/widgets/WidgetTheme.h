@@ -39,6 +39,9 @@ struct WidgetTheme
     juce::String displayName;
     bool dark = true;
     WidgetPalette palette;
+    // The faces of the library's text; none means the framework's default sans-serif. A host
+    // that embeds its own faces hands them over so that all text on screen is one family.
+    juce::Typeface::Ptr regularFace, boldFace;
 
     // An index the palette lacks falls back to the default table.
     juce::Colour colour(int index) const;

@@ -34,16 +34,6 @@ Editor::Editor (MorvaneAudioProcessor& p, const juce::File& settingsFile)
     canvas.addAndMakeVisible (header);
     canvas.addAndMakeVisible (footer);
 
-    canvasView = std::make_unique<views::SingleCanvasView> (processor);
-    browseView = std::make_unique<views::BrowseView> (catalogue);
-    canvas.addAndMakeVisible (*canvasView);
-    for (auto* c : { (juce::Component*) browseView.get(), (juce::Component*) &matrixSlideOut, (juce::Component*) &playOverlay,
-                     (juce::Component*) &fxSlideOut, (juce::Component*) &settingsPanel })
-        canvas.addChildComponent (c);
-    for (auto* panel : { (PlaceholderPanel*) &matrixSlideOut, (PlaceholderPanel*) &playOverlay, (PlaceholderPanel*) &fxSlideOut,
-                         (PlaceholderPanel*) &settingsPanel, (PlaceholderPanel*) browseView.get() })
-        panel->onClose = [this] { setActiveView (canvasViewCode); };
-
     if (settingsFile != juce::File())
     {
         juce::PropertiesFile::Options options;
@@ -57,6 +47,18 @@ Editor::Editor (MorvaneAudioProcessor& p, const juce::File& settingsFile)
         showTooltips = settings->getBoolValue ("showTooltips", true);
         themeName = settings->getValue ("themeName", "dark");
     }
+
+    canvasView = std::make_unique<views::SingleCanvasView> (processor);
+    // The browser keeps its favourites in the same settings object, so neither side loses the other's keys.
+    browseView = std::make_unique<views::BrowseView> (processor, catalogue, settings.get());
+    canvas.addAndMakeVisible (*canvasView);
+    for (auto* c : { (juce::Component*) browseView.get(), (juce::Component*) &matrixSlideOut, (juce::Component*) &playOverlay,
+                     (juce::Component*) &fxSlideOut, (juce::Component*) &settingsPanel })
+        canvas.addChildComponent (c);
+    for (auto* panel : { (PlaceholderPanel*) &matrixSlideOut, (PlaceholderPanel*) &playOverlay, (PlaceholderPanel*) &fxSlideOut,
+                         (PlaceholderPanel*) &settingsPanel })
+        panel->onClose = [this] { setActiveView (canvasViewCode); };
+    browseView->onClose = [this] { setActiveView (canvasViewCode); };
 
     restoreTheme();
     setShowTooltips (showTooltips);
@@ -82,7 +84,7 @@ Editor::Editor (MorvaneAudioProcessor& p, const juce::File& settingsFile)
     footer.onPlay = [this] { toggleView (playView); };
     footer.onFx = [this] { toggleView (fxView); };
     footer.onMacro = [this] (int index, float value, widgets::StatusFooter::MacroGesture gesture) { applyMacro (index, value, gesture); };
-    browseView->onPresetChosen = [this] (const juce::String& xml) { presetChosenInBrowser (xml); };
+    browseView->onPresetChosen = [this] (juce::String xml) { presetChosenInBrowser (xml); };
     settingsPanel.onDisplayScale = [this] (float s) { setDisplayScale (s); settingsPanel.setDisplayScale (displayScale); };
     settingsPanel.onTooltips = [this] (bool b) { setShowTooltips (b); };
     settingsPanel.onThemeChosen = [this] (const juce::String& id) { chooseTheme (id); };

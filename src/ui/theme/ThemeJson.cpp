@@ -1,5 +1,7 @@
 #include "ui/theme/Themes.h"
+#include "ui/theme/Typography.h"
 
+#include "widgets/SectionFrame.h"
 #include "widgets/WidgetTheme.h"
 
 namespace morvane::ui
@@ -93,6 +95,8 @@ void publishWidgetTheme()
         theme.palette[i] = token (sources[i]);
     // Widgets that pick shadows or washes by the ground's lightness need to know.
     theme.dark = token (Token::bgGround).getPerceivedBrightness() < 0.5f;
+    theme.regularFace = embeddedTypeface (0);
+    theme.boldFace = embeddedTypeface (2);
     WidgetTheme::setCurrent (std::move (theme));
 }
 
@@ -127,6 +131,12 @@ void recolourComponents (juce::Component& component)
         apply (themeProperty::editorFocus, { juce::TextEditor::focusedOutlineColourId });
         apply (themeProperty::editorText, { juce::TextEditor::textColourId, juce::TextEditor::highlightedTextColourId });
         apply (themeProperty::editorFocus, { juce::CaretComponent::caretColourId });
+    }
+
+    else if (auto* frame = dynamic_cast<ostrel::widgets::SectionFrame*> (&component))
+    {
+        frame->setFillIndex (ostrel::widgets::surfaceRaised);
+        frame->setOutlineIndex (ostrel::widgets::borderSubtle);
     }
 
     for (auto* child : component.getChildren())

@@ -5,7 +5,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <iostream>
-#include <map>
 #include <random>
 #include <sstream>
 

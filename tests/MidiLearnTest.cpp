@@ -121,3 +121,34 @@ TEST (MidiLearn, OnlyControllersCompleteALearnAndPanicControllersNever)
     r.cc (41, 100);
     EXPECT_EQ (r.p.getControllerBinding (41), -1);
 }
+
+TEST (MidiLearn, EveryControllerValueLeavesThePatchCleanOnSkewedLinearAndChoiceParameters)
+{
+    Rig r;
+    // Every parameter whose range is skewed, the pulse widths (linear but not 0..1), a plain linear
+    // one, a choice and a switch.
+    juce::StringArray ids { "osc1PulseWidth", "osc2PulseWidth", "drive", "filterModel", "delayEnable" };
+    for (auto* p : r.p.getParameters())
+        if (auto* ranged = dynamic_cast<juce::RangedAudioParameter*> (p); ranged->getNormalisableRange().skew != 1.0f)
+            ids.add (ranged->getParameterID());
+    ASSERT_TRUE (ids.contains ("filterCutoff") && ids.contains ("lfo1Rate") && ids.contains ("glideTime"));
+
+    for (const auto& id : ids)
+    {
+        const auto before = r.p.getParameterTree().copyState().getChildWithProperty ("id", id).getProperty ("value");
+        auto* parameter = dynamic_cast<juce::RangedAudioParameter*> (r.p.getParameterTree().getParameter (id));
+        r.p.startMidiLearn (id);
+        for (int value = 0; value < 128; ++value)
+        {
+            r.cc (20, value);
+            r.p.flushLearntControllers();
+            const float raw = r.raw (id.toRawUTF8());
+            const float asked = parameter->convertFrom0to1 (value / 127.0f);
+            ASSERT_FALSE (r.p.isPresetDirty()) << id << " at " << value;
+            ASSERT_EQ (r.host (id.toRawUTF8()), raw) << id << " at " << value;
+            ASSERT_NEAR (raw, asked, std::abs (asked) * 1.0e-5f + 1.0e-6f) << id << " at " << value;
+        }
+        const auto after = r.p.getParameterTree().copyState().getChildWithProperty ("id", id).getProperty ("value");
+        EXPECT_EQ (after, before) << id << ": the tree must keep the older value";
+    }
+}

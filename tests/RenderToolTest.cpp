@@ -1,5 +1,6 @@
 #include "TestHelpers.h"
 
+#include "audio/SafeXml.h"
 #include "render/RenderOptions.h"
 
 #include <juce_audio_formats/juce_audio_formats.h>
@@ -99,6 +100,8 @@ TEST (RenderOptions, DefaultsAndRefusals)
     EXPECT_EQ (ok.options.block, 512);
     EXPECT_EQ (ok.options.channels, 2);
     EXPECT_EQ (ok.options.tail, 1.0);
+    EXPECT_EQ (ok.options.maxSeconds, 600.0);
+    EXPECT_EQ (render::parseRenderOptions ({ "--out", "a.wav", "--max-seconds", "7201", "--seconds", "7000" }).options.maxSeconds, 7201.0);
 
     for (const auto& bad : std::vector<juce::StringArray> {
              {},
@@ -118,6 +121,9 @@ TEST (RenderOptions, DefaultsAndRefusals)
              { "--out", "a.wav", "--block", "12.5" },
              { "--out", "a.wav", "--channels", "3" },
              { "--out", "a.wav", "--tail", "-1" },
+             { "--out", "a.wav", "--max-seconds", "0" },
+             { "--out", "a.wav", "--max-seconds", "1e8" },
+             { "--out", "a.wav", "--max-seconds", "long" },
              { "--out", "a.wav", "--frobnicate" } })
     {
         const auto r = render::parseRenderOptions (bad);
@@ -256,4 +262,94 @@ TEST (RenderTool, BenchPrintsTheRealTimeFactor)
     ASSERT_EQ (run.exitCode, 0) << run.output;
     const std::regex line (R"(rendered 1\.500 s of audio in [0-9.]+ s: [0-9.]+ x real time\s*)");
     EXPECT_TRUE (std::regex_match (run.output.toStdString(), line)) << run.output;
+}
+
+TEST (RenderTool, ARenderPastTheLengthLimitIsRefusedBeforeItStarts)
+{
+    TempDir tmp;
+    // A damaged delta time puts the note-off two hours away: 14400 beats at 120 bpm.
+    juce::MidiMessageSequence track;
+    track.addEvent (juce::MidiMessage::noteOn (1, 40, (juce::uint8) 100), 0);
+    track.addEvent (juce::MidiMessage::noteOff (1, 40), 480.0 * 14400);
+    juce::MidiFile file;
+    file.setTicksPerQuarterNote (480);
+    file.addTrack (track);
+    const auto mid = tmp.path ("long.mid");
+    {
+        juce::FileOutputStream stream { juce::File (mid) };
+        ASSERT_TRUE (file.writeTo (stream));
+    }
+    const auto out = tmp.path ("long.wav");
+
+    struct Case { juce::StringArray args; const char* says; };
+    for (const auto& c : std::vector<Case> {
+             { { "--midi", mid }, "'long.mid' asks for 7201.0 s of audio (last event at 7200.0 s plus 1.0 s of tail), "
+                                  "more than the limit of 600.0 s; pass --max-seconds 7201 to allow it" },
+             { { "--midi", mid, "--max-seconds", "7000" }, "more than the limit of 7000.0 s; pass --max-seconds 7201" },
+             { { "--midi", mid, "--seconds", "700" }, "--seconds asks for 700.0 s of audio, more than the limit of 600.0 s; pass --max-seconds 700" },
+             { { "--note", "40:1:0:30", "--max-seconds", "10" }, "the notes ask for 31.0 s of audio" } })
+    {
+        auto args = c.args;
+        args.addArray ({ "--out", out });
+        const auto run = runRenderer (args);
+        EXPECT_EQ (run.exitCode, 2) << run.output;
+        EXPECT_EQ (run.output.trim().indexOfChar ('\n'), -1) << "one line: " << run.output;
+        EXPECT_TRUE (run.output.contains (c.says)) << run.output;
+        EXPECT_FALSE (juce::File (out).exists());
+    }
+
+    // Within the limit it renders, and the events beyond the chosen length never sound.
+    const auto run = runRenderer ({ "--midi", mid, "--seconds", "0.5", "--out", out });
+    ASSERT_EQ (run.exitCode, 0) << run.output;
+    auto reader = openWav (out);
+    ASSERT_NE (reader, nullptr);
+    EXPECT_EQ (reader->lengthInSamples, 24000);
+    EXPECT_GT (peak (readAll (*reader).getReadPointer (0), 24000), 0.1f);
+}
+
+TEST (RenderTool, AWriteThatFailsMidwayExitsOneAndRemovesThePartialFile)
+{
+    TempDir tmp;
+    const auto out = tmp.path ("cut.wav");
+    // A file size limit of 100 kB stops the writes part of the way through about 2 MB of audio.
+    const auto command = "trap '' XFSZ; ulimit -f 200; exec " + juce::String (MORVANE_RENDER_PATH).quoted()
+                         + " --note 40:1:0:4 --out " + out.quoted();
+    juce::ChildProcess process;
+    ASSERT_TRUE (process.start (juce::StringArray { "/bin/sh", "-c", command }, juce::ChildProcess::wantStdOut | juce::ChildProcess::wantStdErr));
+    const auto output = process.readAllProcessOutput();
+    process.waitForProcessToFinish (60000);
+    EXPECT_EQ (process.getExitCode(), 1u) << output;
+    EXPECT_TRUE (output.startsWith ("morvane-render: cannot write '" + out + "'")) << output;
+    EXPECT_EQ (output.trim().indexOfChar ('\n'), -1) << output;
+    EXPECT_FALSE (juce::File (out).exists());
+}
+
+TEST (RenderTool, APresetFileGivesTheIdentityOfAUserPreset)
+{
+    TempDir tmp;
+    const auto named = tmp.path ("wobble.xml"), unnamed = tmp.path ("Dark Sub.xml");
+    juce::File (named).replaceWithText ("<PARAMS displayName=\"Wobble One\"><PARAM id=\"drive\" value=\"6\"/></PARAMS>");
+    juce::File (unnamed).replaceWithText ("<PARAMS><PARAM id=\"drive\" value=\"3\"/></PARAMS>");
+
+    struct Case { juce::String preset, name; juce::StringArray extra; const char* dirty; };
+    for (const auto& c : std::vector<Case> { { named, "Wobble One", {}, "0" },
+                                             { unnamed, "Dark Sub", {}, "0" },
+                                             { named, "Wobble One", { "--set", "drive=12" }, "1" } })
+    {
+        const auto state = tmp.path ("s.state");
+        juce::StringArray args { "--preset", c.preset, "--note", "40:1:0:0.1", "--out", tmp.path ("p.wav"), "--state-out", state };
+        args.addArray (c.extra);
+        const auto run = runRenderer (args);
+        ASSERT_EQ (run.exitCode, 0) << run.output;
+
+        juce::MemoryBlock blob;
+        juce::File (state).loadFileAsData (blob);
+        const auto xml = xmlFromStateBlob (blob.getData(), (int) blob.getSize());
+        ASSERT_NE (xml, nullptr);
+        const auto* ui = xml->getChildByName ("UISTATE");
+        ASSERT_NE (ui, nullptr);
+        EXPECT_EQ (ui->getStringAttribute ("presetName"), c.name);
+        EXPECT_EQ (ui->getStringAttribute ("presetSource"), "user:" + c.preset);
+        EXPECT_EQ (ui->getStringAttribute ("presetDirty"), c.dirty) << c.extra.joinIntoString (" ");
+    }
 }

@@ -208,12 +208,17 @@ void MorvaneAudioProcessor::handleController (int number, int value, int sampleP
         return;
     auto* parameter = parameterObjects[(size_t) index];
     const float normalised = std::clamp ((float) value * 0.007874016f, 0.0f, 1.0f);
-    const float real = parameter->convertFrom0to1 (normalised);
+    const float sent = std::clamp (parameter->convertTo0to1 (parameter->convertFrom0to1 (normalised)), 0.0f, 1.0f);
+    // The value the host adapter will work out from `sent` when the timer passes it on: the
+    // parameter keeps convertFrom0to1 (sent) and the adapter converts its normalised form back.
+    // Float rounding makes that differ from the first conversion for some skews and values, and
+    // the adapter would then see a change and mark the patch.
+    const float real = parameter->convertFrom0to1 (parameter->convertTo0to1 (parameter->convertFrom0to1 (sent)));
     // The engine reads this atomic directly; the host hears of it from the timer.
     parameterValues[(size_t) index]->store (real);
     if (pendingNormalised != nullptr && index < pendingCount)
     {
-        pendingNormalised[(size_t) index].store (parameter->convertTo0to1 (real));
+        pendingNormalised[(size_t) index].store (sent);
         pendingFlags[(size_t) index].store (1);
     }
 }

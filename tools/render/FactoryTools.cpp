@@ -87,7 +87,7 @@ juce::AudioBuffer<float> renderAudition (const juce::String& xml, double rate, i
         return {};
     processor.setRateAndBufferSizeDetails (rate, block);
     processor.prepareToPlay (rate, block);
-    return renderEvents (processor, auditionPhrase (rate), (juce::int64) (4.5 * rate), block);
+    return renderEvents (processor, auditionPhrase (rate), (int) (4.5 * rate), block);
 }
 
 bool applyFactoryPreset (MorvaneAudioProcessor& processor, const juce::String& name)

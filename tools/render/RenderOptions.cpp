@@ -64,14 +64,17 @@ juce::String usageText()
     return "usage: morvane-render --out FILE.wav [--preset FILE.xml | --factory NAME] [--set ID=VALUE]...\n"
            "                      [--state-in FILE] [--state-out FILE]\n"
            "                      [--note NOTE:VELOCITY:START:LENGTH]... [--midi FILE.mid]\n"
-           "                      [--tail SECONDS] [--seconds SECONDS] [--rate HZ] [--block SAMPLES]\n"
-           "                      [--channels 1|2] [--bench]\n"
+           "                      [--tail SECONDS] [--seconds SECONDS] [--max-seconds SECONDS]\n"
+           "                      [--rate HZ] [--block SAMPLES] [--channels 1|2] [--bench]\n"
            "\n"
-           "Renders the instrument headlessly through its own processor, as a host would.\n"
+           "Renders the instrument headlessly through its own processor, as a host would, writing the\n"
+           "WAV as it goes; long renders show their progress on stderr when it is a terminal.\n"
            "  --set ID=VALUE   a parameter in its own units (dB, Hz, seconds, a choice's index, 0/1)\n"
            "  --note           MIDI note 0-127, velocity 0-1, start and length in seconds\n"
+           "  --preset FILE    a user preset file; the saved state names it as the instrument would\n"
            "  --midi           a standard MIDI file; all tracks merged, tempo map honoured\n"
            "  --seconds        length of the render; default: last event plus --tail (1 s)\n"
+           "  --max-seconds    refuse a render longer than this (default 600)\n"
            "  --rate, --block  sample rate (default 48000) and block size (default 512)\n"
            "  --channels       output bus width (default 2)\n"
            "  --bench          print the real-time factor of the processing loop\n"
@@ -182,8 +185,13 @@ ParseResult parseRenderOptions (const juce::StringArray& args)
         }
         else if (arg == "--seconds")
         {
-            if (! number (0.0, 3600.0, v)) return result;
+            if (! number (0.0, longestRenderSeconds, v)) return result;
             o.seconds = v;
+        }
+        else if (arg == "--max-seconds")
+        {
+            if (! number (0.0, longestRenderSeconds, o.maxSeconds)) return result;
+            if (o.maxSeconds <= 0.0) { result.error = "option --max-seconds takes a number of seconds above 0"; return result; }
         }
         else if (arg == "--rate")
         {

@@ -34,12 +34,16 @@ struct RenderOptions
     std::optional<juce::File> midi;
     double tail = 1.0;
     std::optional<double> seconds;
+    double maxSeconds = 600.0;            // a longer render is refused before it starts
     double rate = 48000.0;
     int block = 512;
     int channels = 2;
     bool bench = false;
     bool help = false;
 };
+
+// The longest render that any --max-seconds can allow (about 115 days).
+constexpr double longestRenderSeconds = 1.0e7;
 
 struct ParseResult
 {

@@ -4,6 +4,8 @@
 #include "audio/SafeXml.h"
 #include "presets/Catalogue.h"
 #include "render/MidiFileEvents.h"
+#include "render/ProgressLine.h"
+#include "render/WavFileStream.h"
 
 #include <juce_audio_formats/juce_audio_formats.h>
 
@@ -59,6 +61,9 @@ namespace
 
         // Parameters the document doesn't name keep their values; unknown ids are skipped.
         processor.applyPresetXml (*xml);
+        // The identity a user file gets when the instrument loads it, so that a saved state names it.
+        const auto name = xml->getStringAttribute ("displayName", file.getFileNameWithoutExtension());
+        processor.setPresetIdentity (name, "user:" + file.getFullPathName());
         return true;
     }
 
@@ -82,32 +87,64 @@ namespace
         return true;
     }
 
-    bool collectEvents (const RenderOptions& o, std::vector<TimedEvent>& events)
+    bool collectEvents (const RenderOptions& o, std::vector<TimedEvent>& events, double& lastSeconds)
     {
         for (const auto& n : o.notes)
         {
             // A velocity above 0 never rounds down to the byte that means note-off.
             const int byte = n.velocity > 0.0f ? std::max (1, (int) std::lround (n.velocity * 127.0f)) : 0;
-            events.push_back ({ (juce::int64) std::llround (n.start * o.rate),
-                                juce::MidiMessage::noteOn (1, n.note, (juce::uint8) byte) });
-            events.push_back ({ (juce::int64) std::llround ((n.start + n.length) * o.rate),
-                                juce::MidiMessage::noteOff (1, n.note) });
+            events.push_back ({ secondsToSample (n.start, o.rate), juce::MidiMessage::noteOn (1, n.note, (juce::uint8) byte) });
+            events.push_back ({ secondsToSample (n.start + n.length, o.rate), juce::MidiMessage::noteOff (1, n.note) });
+            lastSeconds = std::max (lastSeconds, n.start + n.length);
         }
 
         if (o.midi)
         {
+            MidiFileContents contents;
+            contents.events = std::move (events);
             juce::String error;
-            if (! loadMidiFileEvents (*o.midi, o.rate, events, error))
+            if (! loadMidiFileEvents (*o.midi, o.rate, contents, error))
             {
                 fail (error);
                 return false;
             }
+            events = std::move (contents.events);
+            lastSeconds = std::max (lastSeconds, contents.lastEventSeconds);
         }
 
         sortEvents (events);
         return true;
     }
 
+    juce::String formatSeconds (double s)
+    {
+        return (s < longestRenderSeconds ? juce::String (s, 1) : juce::String (s, 3, true)) + " s";
+    }
+
+    // The render's length in samples, or a refusal that says what was asked and how to allow it.
+    bool renderLength (const RenderOptions& o, double lastSeconds, juce::int64& total)
+    {
+        const double asked = o.seconds ? *o.seconds : lastSeconds + o.tail;
+        if (asked <= o.maxSeconds)
+        {
+            total = secondsToSample (asked, o.rate);
+            return true;
+        }
+
+        juce::String what;
+        if (o.seconds)
+            what = "--seconds asks for " + formatSeconds (asked) + " of audio";
+        else
+            what = (o.midi ? "'" + o.midi->getFileName() + "'" : juce::String ("the notes")) + " ask"
+                   + (o.midi ? "s" : "") + " for " + formatSeconds (asked) + " of audio (last event at "
+                   + formatSeconds (lastSeconds) + " plus " + formatSeconds (o.tail) + " of tail)";
+        const double allow = std::ceil (asked);
+        fail (what + ", more than the limit of " + formatSeconds (o.maxSeconds)
+              + (allow <= longestRenderSeconds
+                     ? "; pass --max-seconds " + juce::String ((juce::int64) allow) + " to allow it"
+                     : "; no render may pass " + formatSeconds (longestRenderSeconds) + ", so its timing is likely damaged"));
+        return false;
+    }
 }
 
 void fail (const juce::String& message)
@@ -118,46 +155,27 @@ void fail (const juce::String& message)
 
 bool writeWav (const juce::File& file, const juce::AudioBuffer<float>& audio, double rate)
 {
-    file.deleteFile();
-    auto stream = std::make_unique<juce::FileOutputStream> (file);
-    if (! stream->openedOk())
-    {
-        fail ("cannot write '" + file.getFullPathName() + "': " + stream->getStatus().getErrorMessage());
-        return false;
-    }
-
-    juce::WavAudioFormat wav;
-    std::unique_ptr<juce::AudioFormatWriter> writer (
-        wav.createWriterFor (stream.get(), rate, (unsigned int) audio.getNumChannels(), 32, {}, 0));
-    if (writer == nullptr)
-    {
-        fail ("cannot write '" + file.getFullPathName() + "': no WAV writer for this format");
-        return false;
-    }
-    stream.release(); // the writer owns it now
-
-    const bool ok = writer->writeFromAudioSampleBuffer (audio, 0, audio.getNumSamples());
-    writer.reset();
-    if (! ok)
-    {
-        fail ("cannot write '" + file.getFullPathName() + "': write failed");
-        return false;
-    }
-    return true;
+    WavFileStream wav;
+    juce::String error;
+    if (wav.open (file, rate, audio.getNumChannels(), error) && wav.write (audio, audio.getNumSamples(), error)
+        && wav.close (error))
+        return true;
+    fail (error);
+    wav.abandon();
+    return false;
 }
 
-juce::AudioBuffer<float> renderEvents (MorvaneAudioProcessor& processor, const std::vector<TimedEvent>& events,
-                                       juce::int64 total, int blockSize, double* processSeconds)
+bool renderBlocks (MorvaneAudioProcessor& processor, const std::vector<TimedEvent>& events, juce::int64 total,
+                   int blockSize, const BlockSink& sink, double* processSeconds)
 {
     const int channels = processor.getTotalNumOutputChannels();
-    juce::AudioBuffer<float> output (channels, (int) std::max<juce::int64> (total, 0));
-    output.clear();
     juce::AudioBuffer<float> block (channels, blockSize);
     juce::MidiBuffer midi;
     midi.ensureSize (4096);
 
     size_t nextEvent = 0;
     double seconds = 0.0;
+    bool complete = true;
     for (juce::int64 pos = 0; pos < total; pos += blockSize)
     {
         const int n = (int) std::min<juce::int64> (blockSize, total - pos);
@@ -173,21 +191,46 @@ juce::AudioBuffer<float> renderEvents (MorvaneAudioProcessor& processor, const s
         processor.processBlock (block, midi);
         seconds += std::chrono::duration<double> (std::chrono::steady_clock::now() - t0).count();
 
-        for (int ch = 0; ch < channels; ++ch)
-            output.copyFrom (ch, (int) pos, block, ch, 0, n);
+        if (! sink (block, n, pos + n))
+        {
+            complete = false;
+            break;
+        }
     }
     if (processSeconds != nullptr)
         *processSeconds = seconds;
+    return complete;
+}
+
+juce::AudioBuffer<float> renderEvents (MorvaneAudioProcessor& processor, const std::vector<TimedEvent>& events,
+                                       int total, int blockSize)
+{
+    juce::AudioBuffer<float> output (processor.getTotalNumOutputChannels(), std::max (total, 0));
+    renderBlocks (processor, events, total, blockSize, [&] (const juce::AudioBuffer<float>& block, int n, juce::int64 done)
+    {
+        for (int ch = 0; ch < output.getNumChannels(); ++ch)
+            output.copyFrom (ch, (int) (done - n), block, ch, 0, n);
+        return true;
+    });
     return output;
 }
 
 int runRender (const RenderOptions& o)
 {
-    std::vector<TimedEvent> events;
-    if (! collectEvents (o, events))
-        return exitBadInput;
-
     MorvaneAudioProcessor processor;
+    return runRender (o, processor);
+}
+
+int runRender (const RenderOptions& o, MorvaneAudioProcessor& processor)
+{
+    // Everything is read and checked before anything is made.
+    std::vector<TimedEvent> events;
+    double lastSeconds = 0.0;
+    if (! collectEvents (o, events, lastSeconds))
+        return exitBadInput;
+    juce::int64 total = 0;
+    if (! renderLength (o, lastSeconds, total))
+        return exitBadInput;
 
     const auto layoutSet = o.channels == 1 ? juce::AudioChannelSet::mono() : juce::AudioChannelSet::stereo();
     juce::AudioProcessor::BusesLayout layout;
@@ -223,17 +266,35 @@ int runRender (const RenderOptions& o)
     processor.setRateAndBufferSizeDetails (o.rate, o.block);
     processor.prepareToPlay (o.rate, o.block);
 
-    const juce::int64 lastEvent = events.empty() ? 0 : events.back().sample;
-    const juce::int64 total = o.seconds ? (juce::int64) std::llround (*o.seconds * o.rate)
-                                        : lastEvent + (juce::int64) std::llround (o.tail * o.rate);
-    double processSeconds = 0.0;
-    const auto output = renderEvents (processor, events, total, o.block, &processSeconds);
+    WavFileStream wav;
+    juce::String error;
+    if (! wav.open (o.out, o.rate, processor.getTotalNumOutputChannels(), error))
+    {
+        fail (error);
+        wav.abandon();
+        return exitWriteFailed;
+    }
 
+    ProgressLine progress (std::cerr, stderrIsTerminal(), total, o.rate);
+    double processSeconds = 0.0;
+    juce::int64 written = 0;
+    const bool rendered = renderBlocks (processor, events, total, o.block,
+                                        [&] (const juce::AudioBuffer<float>& block, int n, juce::int64 done)
+                                        {
+                                            progress.update (done);
+                                            if (! wav.write (block, n, error))
+                                                return false;
+                                            written = done;
+                                            return true;
+                                        },
+                                        &processSeconds);
+    progress.finish (written);
     processor.releaseResources();
 
-    if (! writeWav (o.out, output, o.rate))
+    if (! rendered || ! wav.close (error))
     {
-        o.out.deleteFile();
+        fail (error);
+        wav.abandon();
         return exitWriteFailed;
     }
 

@@ -5,6 +5,7 @@
 
 #include <juce_audio_basics/juce_audio_basics.h>
 
+#include <functional>
 #include <vector>
 
 namespace morvane::render
@@ -27,9 +28,19 @@ class MorvaneAudioProcessor;
 
 namespace render
 {
-    // Plays sorted events through prepared processor blocks; returns total samples of audio.
+    // runRender on a processor that the caller owns, so that many runs can share one.
+    int runRender (const RenderOptions& options, MorvaneAudioProcessor& processor);
+
+    // Receives each rendered block in order; false stops the render.
+    using BlockSink = std::function<bool (const juce::AudioBuffer<float>& block, int numSamples, juce::int64 done)>;
+
+    // Plays sorted events through prepared processor blocks, handing each block on as it is made;
+    // false when the sink stopped it.
+    bool renderBlocks (MorvaneAudioProcessor& processor, const std::vector<TimedEvent>& events, juce::int64 total,
+                       int block, const BlockSink& sink, double* processSeconds = nullptr);
+    // The same, held in memory: for short renders only.
     juce::AudioBuffer<float> renderEvents (MorvaneAudioProcessor& processor, const std::vector<TimedEvent>& events,
-                                           juce::int64 total, int block, double* processSeconds = nullptr);
+                                           int total, int block);
     // Applies a factory preset by display name or xml file name and takes its identity; an unknown
     // name is refused with the closest names.
     bool applyFactoryPreset (MorvaneAudioProcessor& processor, const juce::String& name);

@@ -25,12 +25,30 @@ const PanelPlace places[SingleCanvasView::panelCount] = {
 };
 }
 
+// Each panel of the voice, built for the processor; a panel not built yet is a titled plate.
+std::unique_ptr<juce::Component> SingleCanvasView::makePanel (Panel panel)
+{
+    switch (panel)
+    {
+        case osc1:
+        case detune:
+        case osc2:
+        case sources:
+        case filter:
+        case amp:
+        case drive:
+        case lfo:
+        default:
+            return std::make_unique<PlaceholderPanel> (places[panel].title, 0, false);
+    }
+}
+
 SingleCanvasView::SingleCanvasView (MorvaneAudioProcessor& p) : processor (p)
 {
     setName ("SingleCanvasView");
     for (int i = 0; i < panelCount; ++i)
     {
-        panels[(size_t) i] = std::make_unique<PlaceholderPanel> (places[i].title, 0, false);
+        panels[(size_t) i] = makePanel ((Panel) i);
         addAndMakeVisible (*panels[(size_t) i]);
     }
 }

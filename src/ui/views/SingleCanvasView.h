@@ -40,6 +40,8 @@ public:
     void resized() override;
 
 private:
+    std::unique_ptr<juce::Component> makePanel (Panel panel);
+
     MorvaneAudioProcessor& processor;
     std::array<std::unique_ptr<juce::Component>, panelCount> panels;
     bool modulationBadges = false;

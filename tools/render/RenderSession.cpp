@@ -147,10 +147,16 @@ namespace
     }
 }
 
+namespace
+{
+    const char* toolName = "morvane-render";
+}
+
+void setToolName (const char* name) { toolName = name; }
+
 void fail (const juce::String& message)
 {
-    // The tools share this: each names itself.
-    std::cerr << juce::File::getSpecialLocation (juce::File::currentExecutableFile).getFileName() << ": " << message << std::endl;
+    std::cerr << toolName << ": " << message << std::endl;
 }
 
 bool writeWav (const juce::File& file, const juce::AudioBuffer<float>& audio, double rate)

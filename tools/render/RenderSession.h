@@ -49,5 +49,7 @@ namespace render
     juce::AudioBuffer<float> renderAudition (const juce::String& xml, double rate, int block);
     bool writeWav (const juce::File& file, const juce::AudioBuffer<float>& audio, double rate);
     void fail (const juce::String& message);
+    // The name in front of every message; the other command-line tools share this code.
+    void setToolName (const char* name);
 }
 }

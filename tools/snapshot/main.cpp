@@ -1,3 +1,4 @@
+#include "render/RenderSession.h"
 #include "snapshot/Snapshot.h"
 
 #include <iostream>
@@ -5,6 +6,7 @@
 int main (int argc, char** argv)
 {
     juce::ScopedJuceInitialiser_GUI gui;
+    morvane::render::setToolName ("morvane-snapshot");
     juce::StringArray args;
     for (int i = 1; i < argc; ++i)
         args.add (juce::String::fromUTF8 (argv[i]));

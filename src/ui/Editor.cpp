@@ -55,9 +55,9 @@ Editor::Editor (MorvaneAudioProcessor& p, const juce::File& settingsFile)
     for (auto* c : { (juce::Component*) browseView.get(), (juce::Component*) &matrixSlideOut, (juce::Component*) &playOverlay,
                      (juce::Component*) &fxSlideOut, (juce::Component*) &settingsPanel })
         canvas.addChildComponent (c);
-    for (auto* panel : { (PlaceholderPanel*) &matrixSlideOut, (PlaceholderPanel*) &playOverlay, (PlaceholderPanel*) &fxSlideOut,
-                         (PlaceholderPanel*) &settingsPanel })
+    for (auto* panel : { (PlaceholderPanel*) &matrixSlideOut, (PlaceholderPanel*) &playOverlay, (PlaceholderPanel*) &fxSlideOut })
         panel->onClose = [this] { setActiveView (canvasViewCode); };
+    settingsPanel.onClose = [this] { setActiveView (canvasViewCode); };
     browseView->onClose = [this] { setActiveView (canvasViewCode); };
 
     restoreTheme();
@@ -85,7 +85,7 @@ Editor::Editor (MorvaneAudioProcessor& p, const juce::File& settingsFile)
     footer.onFx = [this] { toggleView (fxView); };
     footer.onMacro = [this] (int index, float value, widgets::StatusFooter::MacroGesture gesture) { applyMacro (index, value, gesture); };
     browseView->onPresetChosen = [this] (juce::String xml) { presetChosenInBrowser (xml); };
-    settingsPanel.onDisplayScale = [this] (float s) { setDisplayScale (s); settingsPanel.setDisplayScale (displayScale); };
+    settingsPanel.onDisplayScale = [this] (float s) { setDisplayScale (s); settingsPanel.setScale (displayScale); };
     settingsPanel.onTooltips = [this] (bool b) { setShowTooltips (b); };
     settingsPanel.onThemeChosen = [this] (const juce::String& id) { chooseTheme (id); };
     settingsPanel.onImportTheme = [this] { chooseThemeJson(); };
@@ -100,7 +100,7 @@ Editor::Editor (MorvaneAudioProcessor& p, const juce::File& settingsFile)
     lastDirty = processor.isPresetDirty();
 
     refreshPresetDisplay();
-    settingsPanel.setShowTooltips (showTooltips);
+    settingsPanel.setTooltips (showTooltips);
     settingsPanel.setThemeName (themeName);
 
     setActiveView (canvasViewCode);
@@ -231,7 +231,7 @@ void Editor::resized()
             settings->setValue ("displayScale", (double) displayScale);
             settings->saveIfNeeded();
         }
-        settingsPanel.setDisplayScale (displayScale);
+        settingsPanel.setScale (displayScale);
     }
     const auto wanted = scaledCanvasSize (displayScale);
     if (getWidth() != wanted.x || getHeight() != wanted.y)
@@ -253,7 +253,7 @@ void Editor::setDisplayScale (float scale)
     const auto size = scaledCanvasSize (displayScale);
     setSize (size.x, size.y);
     layoutCanvas();
-    settingsPanel.setDisplayScale (displayScale);
+    settingsPanel.setScale (displayScale);
 }
 
 void Editor::setShowTooltips (bool show)
@@ -267,7 +267,7 @@ void Editor::setShowTooltips (bool show)
         settings->setValue ("showTooltips", show);
         settings->saveIfNeeded();
     }
-    settingsPanel.setShowTooltips (show);
+    settingsPanel.setTooltips (show);
 }
 
 void Editor::toggleView (int view) { setActiveView (activeView == view ? canvasViewCode : view); }
@@ -288,8 +288,8 @@ void Editor::setActiveView (int v)
     if (v == settingsView)
     {
         settingsPanel.toFront (false);
-        settingsPanel.setDisplayScale (displayScale);
-        settingsPanel.setShowTooltips (showTooltips);
+        settingsPanel.setScale (displayScale);
+        settingsPanel.setTooltips (showTooltips);
         settingsPanel.setThemeName (themeName);
     }
     else if (v >= matrixView && v <= fxView)

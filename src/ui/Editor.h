@@ -7,6 +7,7 @@
 #include "ui/views/BrowseView.h"
 #include "ui/views/SingleCanvasView.h"
 #include "ui/widgets/OverlayPanels.h"
+#include "ui/widgets/SettingsPanel.h"
 #include "ui/widgets/StatusFooter.h"
 
 #include <juce_audio_processors/juce_audio_processors.h>

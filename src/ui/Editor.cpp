@@ -2,6 +2,7 @@
 
 #include "audio/PluginProcessor.h"
 #include "presets/PresetLibrary.h"
+#include "ui/matrix/MatrixWiring.h"
 #include "ui/theme/Themes.h"
 #include "ui/theme/Tokens.h"
 #include "ui/widgets/ActiveRoutes.h"
@@ -93,6 +94,9 @@ Editor::Editor (MorvaneAudioProcessor& p, const juce::File& settingsFile)
     settingsPanel.onRevealThemes = [this] { revealThemesFolder(); };
     settingsPanel.onRevealUserPresets = [this] { revealUserPresetFolder(); };
 
+    matrix::revealInMatrixHook = [this] (int) { setActiveView (matrixView); };
+    matrix::routingHighlightHook = [this] (int) { if (activeView != matrixView) repaint(); };
+
     currentPresetIndex = presets::positionOfSource (catalogue, processor.getPresetSource());
 
     compareA = processor.getParameterTree().copyState();
@@ -111,6 +115,8 @@ Editor::~Editor()
 {
     stopTimer();
     setLookAndFeel (nullptr);
+    matrix::revealInMatrixHook = nullptr;
+    matrix::routingHighlightHook = nullptr;
 }
 
 juce::Rectangle<int> Editor::viewBounds (int view) const
@@ -314,6 +320,7 @@ void Editor::timerCallback()
 {
     header.refreshTransport();
     header.setOutputLevel (processor.getPeakDb());
+    matrix::refreshKnobs (processor);
 
     if (processor.getSampleRate() > 0.0)
         footer.setSampleRate (processor.getSampleRate());

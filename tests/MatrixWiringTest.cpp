@@ -1,0 +1,114 @@
+#include "TestHelpers.h"
+
+#include "ui/matrix/MatrixWiring.h"
+#include "WidgetTestSupport.h"
+
+#include <gtest/gtest.h>
+
+using namespace morvane;
+using namespace morvane::ui;
+
+namespace
+{
+struct Matrix
+{
+    MorvaneAudioProcessor p;
+    Matrix()
+    {
+        // An empty matrix to start from.
+        for (int slot = 1; slot <= 8; ++slot)
+        {
+            test::setParameter (p, "mod" + juce::String (slot) + "Source", 0.0f);
+            test::setParameter (p, "mod" + juce::String (slot) + "Dest", 0.0f);
+            test::setParameter (p, "mod" + juce::String (slot) + "Amount", 0.0f);
+        }
+    }
+    float raw (const juce::String& id) { return p.getParameterTree().getRawParameterValue (id)->load(); }
+};
+}
+
+TEST (MatrixWiring, DropsFillSlotsReuseTheirDestinationAndStopWhenFull)
+{
+    Matrix m;
+    ASSERT_TRUE (matrix::assignSourceToDestination (m.p, 5, 1));
+    EXPECT_EQ (m.raw ("mod1Source"), 5.0f);
+    EXPECT_EQ (m.raw ("mod1Dest"), 1.0f);
+    EXPECT_NEAR (m.raw ("mod1Amount"), 0.35f, 1e-4f);
+    EXPECT_EQ (matrix::findSlotForDestination (m.p, 1), 1);
+
+    // A second source on the same destination replaces the source and keeps the amount.
+    test::setParameter (m.p, "mod1Amount", -0.25f);
+    EXPECT_EQ (matrix::modulationStatusText (m.p, 1), juce::String (juce::CharPointer_UTF8 ("Modulating: LFO 1 \xc2\xb7 -25 %")));
+    ASSERT_TRUE (matrix::assignSourceToDestination (m.p, 3, 1));
+    EXPECT_EQ (m.raw ("mod1Source"), 3.0f);
+    EXPECT_NEAR (m.raw ("mod1Amount"), -0.25f, 1e-4f);
+    EXPECT_EQ (m.raw ("mod2Source"), 0.0f);
+
+    // Clearing keeps the destination; the next drop reuses the slot and its 0 becomes 0.35.
+    matrix::clearDestination (m.p, 1);
+    EXPECT_EQ (m.raw ("mod1Source"), 0.0f);
+    EXPECT_EQ (m.raw ("mod1Dest"), 1.0f);
+    EXPECT_EQ (matrix::modulationStatusText (m.p, 1), "");
+    ASSERT_TRUE (matrix::assignSourceToDestination (m.p, 5, 1));
+    EXPECT_NEAR (m.raw ("mod1Amount"), 0.35f, 1e-4f);
+    test::setParameter (m.p, "mod1Amount", 0.0f);
+    EXPECT_EQ (matrix::modulationStatusText (m.p, 1), juce::String (juce::CharPointer_UTF8 ("Modulating: LFO 1 \xc2\xb7 +0 %")));
+
+    for (int d = 2; d <= 8; ++d)
+        ASSERT_TRUE (matrix::assignSourceToDestination (m.p, 1, d));
+    EXPECT_FALSE (matrix::assignSourceToDestination (m.p, 1, 9)) << "a ninth destination is refused";
+}
+
+TEST (MatrixWiring, AWiredKnobTakesDropsDragsItsDepthAndLearns)
+{
+    Matrix m;
+    ostrel::widgets::Knob knob (ostrel::widgets::KnobSize::Small, false, false);
+    knob.setSize (96, 100);
+    matrix::wireKnob (knob, m.p, "filterCutoff", 1);
+    EXPECT_TRUE (knob.isModulationEnabled());
+    EXPECT_FALSE (knob.isModulated());
+
+    juce::Component source;
+    knob.itemDropped ({ "lfo1", &source, {} });
+    EXPECT_EQ (m.raw ("mod1Source"), 5.0f);
+    EXPECT_EQ (m.raw ("mod1Dest"), 1.0f);
+    knob.itemDropped ({ "lfo1", &source, {} });
+    EXPECT_EQ (m.raw ("mod2Source"), 0.0f) << "the same source twice takes no second slot";
+    matrix::refreshKnobs (m.p);
+    EXPECT_TRUE (knob.isModulated());
+
+    // The ring drag changes this slot's amount only.
+    const auto cutoff = m.raw ("filterCutoff");
+    ostrel::widgets::test::Mouse mouse (knob);
+    const auto g = knob.geometry();
+    const juce::Point<float> ring (g.cx, g.cy - g.haloD * 0.5f + 4.0f);
+    mouse.down (ring);
+    EXPECT_TRUE (knob.isDraggingDepth());
+    mouse.drag (ring + juce::Point<float> (0.0f, -60.0f));
+    mouse.up (ring + juce::Point<float> (0.0f, -60.0f));
+    EXPECT_GT (m.raw ("mod1Amount"), 0.36f);
+    EXPECT_EQ (m.raw ("mod2Amount"), 0.0f);
+    EXPECT_EQ (m.raw ("filterCutoff"), cutoff) << "the knob's own value stays";
+
+    // Learn from the menu, then a controller completes it on the audio thread.
+    knob.handleMenuResult (ostrel::widgets::Knob::menuMidiLearn);
+    EXPECT_TRUE (m.p.isMidiLearnTarget ("filterCutoff"));
+    EXPECT_TRUE (knob.isMidiLearnPending());
+    m.p.prepareToPlay (48000.0, 64);
+    juce::AudioBuffer<float> buffer (2, 64);
+    juce::MidiBuffer midi;
+    midi.addEvent (juce::MidiMessage::controllerEvent (1, 21, 100), 0);
+    m.p.processBlock (buffer, midi);
+    matrix::refreshKnobs (m.p);
+    EXPECT_FALSE (knob.isMidiLearnPending());
+    EXPECT_GE (m.p.getControllerBinding (21), 0);
+
+    bool revealed = false;
+    matrix::revealInMatrixHook = [&] (int d) { revealed = d == 1; };
+    knob.handleMenuResult (ostrel::widgets::Knob::menuReveal);
+    EXPECT_TRUE (revealed);
+    matrix::revealInMatrixHook = nullptr;
+
+    knob.handleMenuResult (ostrel::widgets::Knob::menuRemoveModulation);
+    EXPECT_EQ (m.raw ("mod1Source"), 0.0f);
+}

@@ -5,6 +5,7 @@
 #include "ui/matrix/MatrixWiring.h"
 #include "ui/theme/Surfaces.h"
 #include "ui/theme/Tokens.h"
+#include "ui/widgets/ValueFormat.h"
 
 #include <cmath>
 
@@ -20,15 +21,6 @@ float realValue (const juce::RangedAudioParameter* p, float fallback)
 int choiceIndex (const juce::RangedAudioParameter* p)
 {
     return p != nullptr ? juce::roundToInt (p->convertFrom0to1 (p->getValue())) : 0;
-}
-
-juce::Rectangle<int> pulledInAtEdges (juce::Rectangle<int> r, juce::Rectangle<int> bounds, int amount)
-{
-    if (r.getX() <= bounds.getX()) r.setLeft (r.getX() + amount);
-    if (r.getY() <= bounds.getY()) r.setTop (r.getY() + amount);
-    if (r.getRight() >= bounds.getRight()) r.setRight (r.getRight() - amount);
-    if (r.getBottom() >= bounds.getBottom()) r.setBottom (r.getBottom() - amount);
-    return r;
 }
 }
 
@@ -180,7 +172,7 @@ LfoCard::LfoCard (juce::AudioProcessorValueTreeState& s, MorvaneAudioProcessor& 
         return juce::String (v, v >= 10.0 ? 1 : 2) + " Hz";
     });
     depthKnob.setLabel ("DEPTH");
-    depthKnob.setValueFormatter ([] (double v) { return juce::String (juce::roundToInt (v * 100.0)) + " %"; });
+    depthKnob.setValueFormatter ([] (double v) { return formatPercent (v, true); });
     if (rateParameter != nullptr)
         rateAttachment = std::make_unique<juce::AudioProcessorValueTreeState::SliderAttachment> (state, "lfo1Rate", rateKnob);
     if (state.getParameter ("lfo1Depth") != nullptr)
@@ -208,6 +200,6 @@ void LfoCard::resized()
     preview.setBounds (x + 16, y + 62, 172, 126);
     sourceChip.setBounds (x + 16, y + 170, 74, 22);
     knobRow.setBounds (x, y + 216, 96, 96);
-    shapeField.setBounds (pulledInAtEdges ({ x + 108, y + 216, 96, 44 }, b, 16));
+    shapeField.setBounds (insetAtEdges ({ x + 108, y + 216, 96, 44 }, b, 16));
 }
 }

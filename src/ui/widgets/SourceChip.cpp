@@ -243,7 +243,8 @@ void SourceChip::paint (juce::Graphics& g)
     }
 
     const float a = juce::jmax (juce::jmax (b.getWidth() - 8.0f, 0.0f) - 16.0f, 0.0f);
-    const float c = juce::jmin (a, 18.0f);
+    // A dot column of 16 and a grip of 10 leave a small chip room for three letters.
+    const float c = juce::jmin (a, 16.0f);
     const float tx = dx + c;
     float tw = a - c;
     if (draggable)
@@ -253,7 +254,7 @@ void SourceChip::paint (juce::Graphics& g)
             for (int column = 0; column < 2; ++column)
                 g.fillEllipse (tx + tw - 8.0f + 5.0f * (float) column, b.getY() + b.getHeight() * 0.5f - 4.0f + 5.0f * (float) row,
                                3.0f, 3.0f);
-        tw -= juce::jmin (tw, 16.0f);
+        tw -= juce::jmin (tw, 10.0f);
     }
     drawTypeText (g, 6, text.toUpperCase(), juce::Rectangle<float> (tx, b.getY(), tw, b.getHeight()).toNearestInt(),
                   token (offLook ? Token::textTertiary : Token::textPrimary), juce::Justification::centredLeft);

@@ -1,6 +1,7 @@
 #include "ui/widgets/SourceUtilityStrip.h"
 
 #include "audio/PluginProcessor.h"
+#include "ui/widgets/ValueFormat.h"
 
 namespace morvane::ui::widgets
 {
@@ -9,17 +10,10 @@ namespace
 const juce::String minusInfinityDb = juce::String (juce::CharPointer_UTF8 ("\xe2\x88\x92\xe2\x88\x9e dB"));
 const char* const listenedIds[] = { "subMode", "subWave", "subLevel", "noiseLevel" };
 
-juce::String signedText (double v, int decimals)
-{
-    return v < 0.0 ? juce::String (juce::CharPointer_UTF8 ("\xe2\x88\x92")) + juce::String (-v, decimals) : juce::String (v, decimals);
-}
-
 juce::String levelText (double v, double floor)
 {
-    return v <= floor ? minusInfinityDb : signedText (v, 1) + " dB";
+    return v <= floor ? minusInfinityDb : formatSigned (v, 1, false, true, false) + " dB";
 }
-
-juce::String percentText (double v) { return juce::String (juce::roundToInt (v * 100.0)) + " %"; }
 
 int indexOf (juce::RangedAudioParameter* p)
 {
@@ -153,7 +147,7 @@ SourceUtilityStrip::SourceUtilityStrip (MorvaneAudioProcessor& processor) : stat
     };
     const KnobSpec knobs[] = {
         { subLevelKnob, subLevelField, "subLevel", "Sub oscillator level into the bass path.", [] (double v) { return levelText (v, -120.0); } },
-        { dirtKnob, dirtField, "subDriveSend", "Sub amount sent into drive; the remainder stays clean.", percentText },
+        { dirtKnob, dirtField, "subDriveSend", "Sub amount sent into drive; the remainder stays clean.", [] (double v) { return formatPercent (v, true); } },
         { noiseLevelKnob, noiseLevelField, "noiseLevel", "Noise source level into the filter and amp envelope.", [] (double v) { return levelText (v, -90.0); } },
     };
     for (const auto& k : knobs)

@@ -6,6 +6,10 @@
 #include "ui/theme/Tokens.h"
 #include "ui/theme/Typography.h"
 #include "ui/widgets/ActiveRoutes.h"
+#include "ui/widgets/AmpEnvelopePanel.h"
+#include "ui/widgets/DriveCard.h"
+#include "ui/widgets/LfoCard.h"
+#include "ui/widgets/SourceUtilityStrip.h"
 
 namespace morvane::ui::views
 {
@@ -30,14 +34,18 @@ std::unique_ptr<juce::Component> SingleCanvasView::makePanel (Panel panel)
 {
     switch (panel)
     {
+        case sources:
+            return std::make_unique<widgets::SourceUtilityStrip> (processor);
+        case lfo:
+            return std::make_unique<widgets::LfoCard> (processor.getParameterTree(), processor);
+        case amp:
+            return std::make_unique<widgets::AmpEnvelopePanel> (processor.getParameterTree());
+        case drive:
+            return std::make_unique<widgets::DriveCard> (processor.getParameterTree(), processor);
         case osc1:
         case detune:
         case osc2:
-        case sources:
         case filter:
-        case amp:
-        case drive:
-        case lfo:
         default:
             return std::make_unique<PlaceholderPanel> (places[panel].title, 0, false);
     }

@@ -56,8 +56,9 @@ Editor::Editor (MorvaneAudioProcessor& p, const juce::File& settingsFile)
     for (auto* c : { (juce::Component*) browseView.get(), (juce::Component*) &matrixSlideOut, (juce::Component*) &playOverlay,
                      (juce::Component*) &fxSlideOut, (juce::Component*) &settingsPanel })
         canvas.addChildComponent (c);
-    for (auto* panel : { (PlaceholderPanel*) &matrixSlideOut, (PlaceholderPanel*) &playOverlay, (PlaceholderPanel*) &fxSlideOut })
+    for (auto* panel : { (PlaceholderPanel*) &playOverlay, (PlaceholderPanel*) &fxSlideOut })
         panel->onClose = [this] { setActiveView (canvasViewCode); };
+    matrixSlideOut.onClose = [this] { setActiveView (canvasViewCode); };
     settingsPanel.onClose = [this] { setActiveView (canvasViewCode); };
     browseView->onClose = [this] { setActiveView (canvasViewCode); };
 

@@ -6,6 +6,7 @@
 #include "ui/theme/LookAndFeel.h"
 #include "ui/views/BrowseView.h"
 #include "ui/views/SingleCanvasView.h"
+#include "ui/widgets/MatrixSlideOut.h"
 #include "ui/widgets/OverlayPanels.h"
 #include "ui/widgets/SettingsPanel.h"
 #include "ui/widgets/StatusFooter.h"
@@ -106,7 +107,7 @@ private:
     Header header;
     widgets::StatusFooter footer;
     widgets::SettingsPanel settingsPanel;
-    widgets::MatrixSlideOut matrixSlideOut;
+    widgets::MatrixSlideOut matrixSlideOut { processor };
     widgets::PlayOverlay playOverlay;
     widgets::FxSlideOut fxSlideOut;
     std::unique_ptr<views::SingleCanvasView> canvasView;

@@ -7,12 +7,6 @@
 namespace morvane::ui::widgets
 {
 // Panels that lie over the canvas and are not built yet: titled plates that close.
-class MatrixSlideOut : public PlaceholderPanel
-{
-public:
-    MatrixSlideOut() : PlaceholderPanel ("Mod matrix", 3, true) {}
-};
-
 class PlayOverlay : public PlaceholderPanel
 {
 public:

@@ -1,0 +1,76 @@
+#include "TestHelpers.h"
+
+#include "ui/Editor.h"
+#include "ui/matrix/MatrixWiring.h"
+#include "ui/widgets/MatrixSlideOut.h"
+
+#include <gtest/gtest.h>
+
+using namespace morvane;
+using namespace morvane::ui;
+
+namespace
+{
+void settle() { juce::MessageManager::getInstance()->runDispatchLoopUntil (30); }
+}
+
+TEST (RoutingRow, FollowsItsSlotAndWritesOnlyIt)
+{
+    MorvaneAudioProcessor p;
+    auto raw = [&p] (const char* id) { return p.getParameterTree().getRawParameterValue (id)->load(); };
+    test::setParameter (p, "mod3Source", 0.0f);
+    test::setParameter (p, "mod3Dest", 4.0f);
+    widgets::RoutingRow row (p.getParameterTree(), 3);
+    row.setBounds (0, 0, 620, 88);
+    settle();
+    EXPECT_EQ (row.getSourceChip().getText(), "OFF");
+    EXPECT_TRUE (row.getSourceChip().hasOffLook());
+    EXPECT_FALSE (row.getAmountBar().isVisible());
+
+    row.chooseSource (5);
+    settle();
+    EXPECT_EQ (raw ("mod3Source"), 5.0f);
+    EXPECT_FALSE (row.getSourceChip().hasOffLook());
+    EXPECT_TRUE (row.getAmountBar().isVisible());
+    EXPECT_EQ (row.getSourceChip().getSourceId(), "lfo1");
+
+    test::setParameter (p, "mod3Amount", -0.4f);
+    settle();
+    EXPECT_NEAR (row.getAmountBar().getValue(), -0.4f, 1e-4f) << "the bar follows the parameter";
+
+    row.clear();
+    settle();
+    EXPECT_EQ (raw ("mod3Source"), 0.0f);
+    EXPECT_EQ (raw ("mod3Amount"), 0.0f);
+    EXPECT_EQ (raw ("mod3Dest"), 4.0f) << "the destination stays";
+    EXPECT_NE (row.getCurveControl(), nullptr);
+
+}
+
+TEST (MatrixSlideOut, RowsOnTheGridAndBothWaysOutLeadToTheCanvas)
+{
+    MorvaneAudioProcessor p;
+    const auto dir = juce::File::getSpecialLocation (juce::File::tempDirectory).getNonexistentChildFile ("morvane-matrix", "", false);
+    dir.createDirectory();
+    {
+        Editor editor (p, dir.getChildFile ("s.settings"));
+        editor.setActiveView (Editor::matrixView);
+        auto& panel = dynamic_cast<widgets::MatrixSlideOut&> (editor.getViewPanel (Editor::matrixView));
+        EXPECT_EQ (panel.getRow (1).getBounds(), juce::Rectangle<int> (16, 68, 620, 88));
+        EXPECT_EQ (panel.getRow (8).getBounds(), juce::Rectangle<int> (648, 356, 620, 88));
+        panel.getCloseButton().triggerClick();
+        settle();
+        EXPECT_EQ (editor.getActiveView(), 0);
+        editor.setActiveView (Editor::matrixView);
+        editor.setActiveView (Editor::fxView);
+        EXPECT_FALSE (panel.isVisible()) << "switching goes straight across";
+
+        // A knob's "jump to matrix" opens view 3.
+        editor.setActiveView (0);
+        ASSERT_TRUE (matrix::revealInMatrixHook != nullptr);
+        matrix::revealInMatrixHook (1);
+        EXPECT_EQ (editor.getActiveView(), (int) Editor::matrixView);
+    }
+    EXPECT_EQ (matrix::revealInMatrixHook, nullptr) << "the editor clears its hooks";
+    dir.deleteRecursively();
+}

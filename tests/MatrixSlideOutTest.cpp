@@ -52,6 +52,8 @@ TEST (MatrixSlideOut, RowsOnTheGridAndBothWaysOutLeadToTheCanvas)
     MorvaneAudioProcessor p;
     const auto dir = juce::File::getSpecialLocation (juce::File::tempDirectory).getNonexistentChildFile ("morvane-matrix", "", false);
     dir.createDirectory();
+    test::setParameter (p, "mod2Source", 5.0f);
+    test::setParameter (p, "mod2Dest", 1.0f);
     {
         Editor editor (p, dir.getChildFile ("s.settings"));
         editor.setActiveView (Editor::matrixView);
@@ -68,8 +70,13 @@ TEST (MatrixSlideOut, RowsOnTheGridAndBothWaysOutLeadToTheCanvas)
         // A knob's "jump to matrix" opens view 3.
         editor.setActiveView (0);
         ASSERT_TRUE (matrix::revealInMatrixHook != nullptr);
-        matrix::revealInMatrixHook (1);
+        const int destination = panel.getRow (2).destinationIndex();
+        ASSERT_EQ (destination, 1);
+        matrix::revealInMatrixHook (destination);
         EXPECT_EQ (editor.getActiveView(), (int) Editor::matrixView);
+        EXPECT_TRUE (panel.getRow (2).isMarked());
+        editor.setActiveView (0);
+        EXPECT_FALSE (panel.getRow (2).isMarked());
     }
     EXPECT_EQ (matrix::revealInMatrixHook, nullptr) << "the editor clears its hooks";
     dir.deleteRecursively();

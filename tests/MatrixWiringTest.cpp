@@ -112,3 +112,41 @@ TEST (MatrixWiring, AWiredKnobTakesDropsDragsItsDepthAndLearns)
     knob.handleMenuResult (ostrel::widgets::Knob::menuRemoveModulation);
     EXPECT_EQ (m.raw ("mod1Source"), 0.0f);
 }
+
+TEST (MatrixWiring, TheLiveDotFollowsTheSlotOutputsAndALearntControllerMovesTheKnob)
+{
+    Matrix m;
+    test::setParameter (m.p, "lfo1Rate", 8.0f);
+    test::setParameter (m.p, "lfo1Depth", 1.0f);
+    ostrel::widgets::Knob knob (ostrel::widgets::KnobSize::Small, false, false);
+    knob.attachToParameter (m.p.getParameterTree(), "filterCutoff");
+    matrix::wireKnob (knob, m.p, "filterCutoff", 1);
+    ASSERT_TRUE (matrix::assignSourceToDestination (m.p, 5, 1));
+    test::setParameter (m.p, "mod1Amount", 1.0f);
+
+    m.p.prepareToPlay (48000.0, 256);
+    juce::AudioBuffer<float> buffer (2, 256);
+    juce::MidiBuffer midi;
+    midi.addEvent (juce::MidiMessage::noteOn (1, 40, 1.0f), 0);
+    double lowest = 1.0, highest = 0.0;
+    for (int block = 0; block < 60; ++block)
+    {
+        m.p.processBlock (buffer, midi);
+        midi.clear();
+        matrix::refreshKnobs (m.p);
+        lowest = std::min (lowest, knob.getLivePosition());
+        highest = std::max (highest, knob.getLivePosition());
+    }
+    EXPECT_LT (lowest, 0.4) << "an 8 Hz LFO at full depth swings the dot";
+    EXPECT_GT (highest, 0.6);
+
+    knob.handleMenuResult (ostrel::widgets::Knob::menuMidiLearn);
+    midi.addEvent (juce::MidiMessage::controllerEvent (1, 74, 0), 0);
+    m.p.processBlock (buffer, midi);
+    midi.clear();
+    midi.addEvent (juce::MidiMessage::controllerEvent (1, 74, 127), 0);
+    m.p.processBlock (buffer, midi);
+    m.p.flushLearntControllers();
+    juce::MessageManager::getInstance()->runDispatchLoopUntil (30);
+    EXPECT_NEAR (knob.getValue(), knob.getMaximum(), 1e-6) << "the knob follows the learnt controller";
+}

@@ -95,7 +95,11 @@ Editor::Editor (MorvaneAudioProcessor& p, const juce::File& settingsFile)
     settingsPanel.onRevealThemes = [this] { revealThemesFolder(); };
     settingsPanel.onRevealUserPresets = [this] { revealUserPresetFolder(); };
 
-    matrix::revealInMatrixHook = [this] (int) { setActiveView (matrixView); };
+    matrix::revealInMatrixHook = [this] (int destination)
+    {
+        setActiveView (matrixView);
+        matrixSlideOut.markDestination (destination);
+    };
     matrix::routingHighlightHook = [this] (int) { if (activeView != matrixView) repaint(); };
 
     currentPresetIndex = presets::positionOfSource (catalogue, processor.getPresetSource());
@@ -288,6 +292,8 @@ void Editor::setActiveView (int v)
     }
     browseView->setVisible (v == browserView);
     settingsPanel.setVisible (v == settingsView);
+    if (v != matrixView)
+        matrixSlideOut.markDestination (0);
     matrixSlideOut.setVisible (v == matrixView);
     playOverlay.setVisible (v == playView);
     fxSlideOut.setVisible (v == fxView);

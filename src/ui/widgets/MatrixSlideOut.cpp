@@ -47,6 +47,12 @@ MatrixSlideOut::MatrixSlideOut (MorvaneAudioProcessor& p) : processor (p)
 
 MatrixSlideOut::~MatrixSlideOut() = default;
 
+void MatrixSlideOut::markDestination (int destination)
+{
+    for (auto& row : rows)
+        row->setMarked (destination > 0 && row->destinationIndex() == destination);
+}
+
 void MatrixSlideOut::paint (juce::Graphics& g) { paintSlideOutPlate (g, getLocalBounds().toFloat()); }
 
 void MatrixSlideOut::resized()

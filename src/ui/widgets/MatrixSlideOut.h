@@ -26,6 +26,8 @@ public:
     void paint (juce::Graphics&) override;
     void resized() override;
 
+    // Marks the rows that route to a destination (none for 0).
+    void markDestination (int destination);
     RoutingRow& getRow (int slot) { return *rows[(size_t) juce::jlimit (1, 8, slot) - 1]; }
     juce::TextButton& getCloseButton() noexcept { return closeButton; }
 

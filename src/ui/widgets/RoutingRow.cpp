@@ -145,6 +145,20 @@ void RoutingRow::clear()
     }
 }
 
+void RoutingRow::setMarked (bool m)
+{
+    if (m == marked)
+        return;
+    marked = m;
+    repaint();
+}
+
+int RoutingRow::destinationIndex() const
+{
+    auto* dest = dynamic_cast<juce::AudioParameterChoice*> (parameter ("Dest"));
+    return dest != nullptr ? dest->getIndex() : 0;
+}
+
 void RoutingRow::hovered()
 {
     auto* dest = dynamic_cast<juce::AudioParameterChoice*> (parameter ("Dest"));
@@ -157,8 +171,8 @@ void RoutingRow::paint (juce::Graphics& g)
     const auto bounds = getLocalBounds().toFloat();
     g.setColour (token (Token::bgSurface));
     g.fillRoundedRectangle (bounds, 2.0f);
-    g.setColour (token (Token::borderHair));
-    g.drawRoundedRectangle (bounds.reduced (0.5f), 2.0f, 1.0f);
+    g.setColour (marked ? token (Token::accentModRing) : token (Token::borderHair));
+    g.drawRoundedRectangle (bounds.reduced (marked ? 1.0f : 0.5f), 2.0f, marked ? 2.0f : 1.0f);
     drawTypeText (g, 6, slotText, juce::Rectangle<int> (16, 16, juce::jmin (getWidth() - 32, 44), getHeight() - 32),
                   token (Token::textSecondary), juce::Justification::centredLeft);
 }

@@ -30,6 +30,10 @@ public:
     juce::PopupMenu buildSourceMenu() const;
     void chooseSource (int index);
     void clear();
+    // Marked rows are the route a knob's "jump to matrix" came for.
+    void setMarked (bool marked);
+    bool isMarked() const noexcept { return marked; }
+    int destinationIndex() const;
 
     SourceChip& getSourceChip() noexcept { return *sourceChip; }
     ostrel::widgets::BipolarBar& getAmountBar() noexcept { return amountBar; }
@@ -65,6 +69,7 @@ private:
 
     juce::AudioProcessorValueTreeState& state;
     const int slot;
+    bool marked = false;
     const juce::String slotText;
     std::unique_ptr<SourceChip> sourceChip;
     std::unique_ptr<ostrel::widgets::ChoiceDropdown> destinationChoice;

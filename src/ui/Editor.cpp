@@ -26,6 +26,7 @@ Editor::Editor (MorvaneAudioProcessor& p, const juce::File& settingsFile)
       processor (p),
       catalogue (presets::loadCatalogue()),
       header (p),
+      fxSlideOut (p),
       randomEngine (std::random_device {}())
 {
     setLookAndFeel (&lookAndFeel);
@@ -55,9 +56,9 @@ Editor::Editor (MorvaneAudioProcessor& p, const juce::File& settingsFile)
     for (auto* c : { (juce::Component*) browseView.get(), (juce::Component*) &matrixSlideOut, (juce::Component*) &playOverlay,
                      (juce::Component*) &fxSlideOut, (juce::Component*) &settingsPanel })
         canvas.addChildComponent (c);
-    for (auto* panel : { (PlaceholderPanel*) &matrixSlideOut, (PlaceholderPanel*) &playOverlay, (PlaceholderPanel*) &fxSlideOut,
-                         (PlaceholderPanel*) &settingsPanel })
+    for (auto* panel : { (PlaceholderPanel*) &matrixSlideOut, (PlaceholderPanel*) &playOverlay, (PlaceholderPanel*) &settingsPanel })
         panel->onClose = [this] { setActiveView (canvasViewCode); };
+    fxSlideOut.onClose = [this] { setActiveView (canvasViewCode); };
     browseView->onClose = [this] { setActiveView (canvasViewCode); };
 
     restoreTheme();

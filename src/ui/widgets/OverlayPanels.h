@@ -6,7 +6,7 @@
 
 namespace morvane::ui::widgets
 {
-// The four panels that lie over the canvas. Until each is built it is a titled plate that closes.
+// Panels that lie over the canvas. Until each is built it is a titled plate that closes.
 class SettingsPanel : public PlaceholderPanel
 {
 public:
@@ -41,11 +41,5 @@ class PlayOverlay : public PlaceholderPanel
 {
 public:
     PlayOverlay() : PlaceholderPanel ("Play", 3, true) {}
-};
-
-class FxSlideOut : public PlaceholderPanel
-{
-public:
-    FxSlideOut() : PlaceholderPanel ("Effects", 3, true) {}
 };
 }

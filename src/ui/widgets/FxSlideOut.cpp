@@ -1,0 +1,105 @@
+#include "ui/widgets/FxSlideOut.h"
+
+#include "audio/PluginProcessor.h"
+#include "ui/theme/Surfaces.h"
+#include "ui/theme/Tokens.h"
+#include "ui/theme/Typography.h"
+
+namespace morvane::ui::widgets
+{
+namespace
+{
+void styleLabel (juce::Label& label, const juce::String& text, int role)
+{
+    label.getProperties().set (themeProperty::label, "text.secondary");
+    label.setText (text, juce::dontSendNotification);
+    label.setFont (fontForTypeRole (role));
+    label.setColour (juce::Label::textColourId, token (Token::textSecondary));
+    label.setJustificationType (juce::Justification::centredLeft);
+    label.setInterceptsMouseClicks (false, false);
+}
+}
+
+void paintSlideOutPlate (juce::Graphics& g, juce::Rectangle<int> bounds)
+{
+    drawSurface (g, bounds.toFloat(), 3, 0);
+    g.setColour (token (Token::accentPrimary).withAlpha (0.86f));
+    g.fillRoundedRectangle (juce::Rectangle<float> ((float) bounds.getX(), (float) bounds.getY(), 204.0f, 4.0f), 2.0f);
+}
+
+void styleSlideOutCloseButton (juce::TextButton& button)
+{
+    button.setButtonText (juce::String (juce::CharPointer_UTF8 ("\xe2\x9c\x95")));
+    button.getProperties().set (surfaceVariantProperty, "commandButton");
+    button.setColour (juce::TextButton::buttonColourId, juce::Colours::transparentBlack);
+    button.setColour (juce::TextButton::buttonOnColourId, juce::Colours::transparentBlack);
+    button.setColour (juce::ComboBox::outlineColourId, juce::Colours::transparentBlack);
+    button.setColour (juce::TextButton::textColourOffId, token (Token::textSecondary));
+    button.setColour (juce::TextButton::textColourOnId, token (Token::textPrimary));
+    button.setWantsKeyboardFocus (true);
+    button.setMouseCursor (juce::MouseCursor::PointingHandCursor);
+}
+
+FxSlideOut::FxSlideOut (MorvaneAudioProcessor& p) : processor (p)
+{
+    setName ("FX");
+    setTitle ("FX");
+    setWantsKeyboardFocus (true);
+
+    styleLabel (titleLabel, "FX", 2);
+    styleLabel (voiceLabel, "VOICE", 6);
+    styleLabel (masterLabel, "MASTER", 6);
+    for (auto* label : { &titleLabel, &voiceLabel, &masterLabel })
+        addAndMakeVisible (*label);
+
+    styleSlideOutCloseButton (closeButton);
+    closeButton.setTooltip ("Close FX panel");
+    closeButton.setTitle ("Close FX panel");
+    closeButton.setDescription ("Close the FX panel.");
+    closeButton.onClick = [this] { if (onClose) onClose(); };
+    addAndMakeVisible (closeButton);
+
+    auto& state = processor.getParameterTree();
+    multibandDriveCard = std::make_unique<MultibandDriveCard> (state, processor);
+    modFxCard = std::make_unique<ModFxCard> (state, processor);
+    postEqCard = std::make_unique<PostEqCard> (state, processor);
+    delayCard = std::make_unique<DelayCard> (state, processor);
+    reverbCard = std::make_unique<ReverbCard> (state, processor);
+    bitCrushCard = std::make_unique<BitCrushCard> (state, processor);
+    for (auto* card : { (juce::Component*) multibandDriveCard.get(), (juce::Component*) modFxCard.get(),
+                        (juce::Component*) postEqCard.get(), (juce::Component*) delayCard.get(),
+                        (juce::Component*) reverbCard.get(), (juce::Component*) bitCrushCard.get() })
+        addAndMakeVisible (card);
+}
+
+FxSlideOut::~FxSlideOut() = default;
+
+void FxSlideOut::paint (juce::Graphics& g) { paintSlideOutPlate (g, getLocalBounds()); }
+
+void FxSlideOut::resized()
+{
+    auto area = getLocalBounds().reduced (16);
+    auto top = area.removeFromTop (44);
+    closeButton.setBounds (top.removeFromRight (44));
+    titleLabel.setBounds (top);
+    area.removeFromTop (8);
+
+    auto block = [&area] (juce::Label& label, std::initializer_list<juce::Component*> cards)
+    {
+        label.setBounds (area.removeFromTop (22));
+        area.removeFromTop (8);
+        auto row = area.removeFromTop (248);
+        const int width = (row.getWidth() - 16) / 3;
+        int index = 0;
+        for (auto* card : cards)
+        {
+            card->setBounds (index < 2 ? row.removeFromLeft (width) : row);
+            row.removeFromLeft (8);
+            ++index;
+        }
+        area.removeFromTop (16);
+    };
+    block (voiceLabel, { multibandDriveCard.get(), modFxCard.get(), postEqCard.get() });
+    block (masterLabel, { delayCard.get(), reverbCard.get(), bitCrushCard.get() });
+}
+}

@@ -66,10 +66,14 @@ FxSlideOut::FxSlideOut (MorvaneAudioProcessor& p) : processor (p)
     delayCard = std::make_unique<DelayCard> (state, processor);
     reverbCard = std::make_unique<ReverbCard> (state, processor);
     bitCrushCard = std::make_unique<BitCrushCard> (state, processor);
-    for (auto* card : { (juce::Component*) multibandDriveCard.get(), (juce::Component*) modFxCard.get(),
-                        (juce::Component*) postEqCard.get(), (juce::Component*) delayCard.get(),
-                        (juce::Component*) reverbCard.get(), (juce::Component*) bitCrushCard.get() })
+    for (auto* card : { (ostrel::widgets::SectionFrame*) multibandDriveCard.get(), (ostrel::widgets::SectionFrame*) modFxCard.get(),
+                        (ostrel::widgets::SectionFrame*) postEqCard.get(), (ostrel::widgets::SectionFrame*) delayCard.get(),
+                        (ostrel::widgets::SectionFrame*) reverbCard.get(), (ostrel::widgets::SectionFrame*) bitCrushCard.get() })
+    {
+        // The cards share the plate's fill, so a hairline keeps them apart.
+        card->setOutlineThickness (1.0f);
         addAndMakeVisible (card);
+    }
 }
 
 FxSlideOut::~FxSlideOut() = default;
@@ -84,7 +88,10 @@ void FxSlideOut::resized()
     titleLabel.setBounds (top);
     area.removeFromTop (8);
 
-    auto block = [&area] (juce::Label& label, std::initializer_list<juce::Component*> cards)
+    // Two full blocks need 640 of height and the panel has 626: when short, the gap between the
+    // blocks and the bottom margin halve, and the last row of cards takes what is left.
+    const bool tight = area.getHeight() < 2 * (22 + 8 + 248) + 16;
+    auto block = [&area] (juce::Label& label, std::initializer_list<juce::Component*> cards, int gapAfter)
     {
         label.setBounds (area.removeFromTop (22));
         area.removeFromTop (8);
@@ -97,9 +104,11 @@ void FxSlideOut::resized()
             row.removeFromLeft (8);
             ++index;
         }
-        area.removeFromTop (16);
+        area.removeFromTop (gapAfter);
     };
-    block (voiceLabel, { multibandDriveCard.get(), modFxCard.get(), postEqCard.get() });
-    block (masterLabel, { delayCard.get(), reverbCard.get(), bitCrushCard.get() });
+    block (voiceLabel, { multibandDriveCard.get(), modFxCard.get(), postEqCard.get() }, tight ? 8 : 16);
+    if (tight)
+        area.setBottom (std::max (area.getY(), getHeight() - 8));
+    block (masterLabel, { delayCard.get(), reverbCard.get(), bitCrushCard.get() }, 16);
 }
 }

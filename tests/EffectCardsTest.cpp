@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 using namespace morvane;
 using namespace morvane::ui::widgets;
 
@@ -174,6 +176,28 @@ TEST (EffectCards, EnableSwitchesWriteOneGestureAndBypassTheCard)
     }
 }
 
+TEST (EffectCards, ABypassedCardStaysOperableAndFollowsAnotherThread)
+{
+    Fixture f;
+    auto& delay = f.panel.getDelayCard();
+    f.param ("delayEnable").setValueNotifyingHost (1.0f);
+    settle();
+    ASSERT_TRUE (delay.isActive());
+    std::thread writer ([&f] {
+        auto& p = f.param ("delayEnable");
+        p.beginChangeGesture();
+        p.setValueNotifyingHost (0.0f);
+        p.endChangeGesture();
+    });
+    writer.join();
+    settle();
+    EXPECT_FALSE (delay.isActive());
+    EXPECT_FALSE (delay.enableButton.getToggleState());
+    EXPECT_LT (delay.timeKnob.getAlpha(), 1.0f);
+    delay.timeKnob.setValue (333.0, juce::sendNotificationSync);
+    EXPECT_NEAR (f.raw ("delayTimeMs"), 333.0f, 0.05f);
+}
+
 TEST (EffectCards, AKnobDragIsOneGesture)
 {
     Fixture f;
@@ -237,6 +261,15 @@ TEST (EffectCards, LayoutStandsFieldsOverTheirBandsAndShrinksNarrowStrips)
     }
     EXPECT_EQ (mbd.lowKnob.getX(), (412 - 304) / 2);
     EXPECT_EQ (mbd.mixKnob.getBottom(), 248 - 16);
+
+    for (auto* card : { (juce::Component*) &mbd, (juce::Component*) &f.panel.getModFxCard(), (juce::Component*) &f.panel.getPostEqCard(),
+                        (juce::Component*) &f.panel.getDelayCard(), (juce::Component*) &f.panel.getReverbCard(),
+                        (juce::Component*) &f.panel.getBitCrushCard() })
+    {
+        EXPECT_TRUE (f.panel.getLocalBounds().reduced (8).contains (card->getBounds())) << card->getTitle();
+        for (auto* child : card->getChildren())
+            EXPECT_TRUE (card->getLocalBounds().contains (child->getBounds())) << card->getTitle() << " " << child->getTitle();
+    }
 
     auto& crush = f.panel.getBitCrushCard();
     EXPECT_EQ (crush.ditherField.getBounds(), juce::Rectangle<int> (16, 54, crush.getWidth() - 32, 66));

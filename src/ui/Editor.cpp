@@ -27,6 +27,7 @@ Editor::Editor (MorvaneAudioProcessor& p, const juce::File& settingsFile)
       processor (p),
       catalogue (presets::loadCatalogue()),
       header (p),
+      fxSlideOut (p),
       randomEngine (std::random_device {}())
 {
     setLookAndFeel (&lookAndFeel);
@@ -56,10 +57,11 @@ Editor::Editor (MorvaneAudioProcessor& p, const juce::File& settingsFile)
     for (auto* c : { (juce::Component*) browseView.get(), (juce::Component*) &matrixSlideOut, (juce::Component*) &playOverlay,
                      (juce::Component*) &fxSlideOut, (juce::Component*) &settingsPanel })
         canvas.addChildComponent (c);
-    for (auto* panel : { (PlaceholderPanel*) &playOverlay, (PlaceholderPanel*) &fxSlideOut })
+    for (auto* panel : { (PlaceholderPanel*) &playOverlay })
         panel->onClose = [this] { setActiveView (canvasViewCode); };
     matrixSlideOut.onClose = [this] { setActiveView (canvasViewCode); };
     settingsPanel.onClose = [this] { setActiveView (canvasViewCode); };
+    fxSlideOut.onClose = [this] { setActiveView (canvasViewCode); };
     browseView->onClose = [this] { setActiveView (canvasViewCode); };
 
     restoreTheme();

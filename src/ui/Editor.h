@@ -6,6 +6,7 @@
 #include "ui/theme/LookAndFeel.h"
 #include "ui/views/BrowseView.h"
 #include "ui/views/SingleCanvasView.h"
+#include "ui/widgets/FxSlideOut.h"
 #include "ui/widgets/MatrixSlideOut.h"
 #include "ui/widgets/OverlayPanels.h"
 #include "ui/widgets/SettingsPanel.h"

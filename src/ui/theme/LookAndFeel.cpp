@@ -74,6 +74,8 @@ void LookAndFeel::positionComboBoxText (juce::ComboBox& box, juce::Label& label)
     {
         label.setBounds (4, 1, box.getWidth() - 14, box.getHeight() - 2);
         label.setFont (fontForTypeRole (7));
+        // Narrow field cells squeeze a long choice a little before they cut it.
+        label.setMinimumHorizontalScale (0.6f);
     }
     else
     {

@@ -12,10 +12,4 @@ class PlayOverlay : public PlaceholderPanel
 public:
     PlayOverlay() : PlaceholderPanel ("Play", 3, true) {}
 };
-
-class FxSlideOut : public PlaceholderPanel
-{
-public:
-    FxSlideOut() : PlaceholderPanel ("Effects", 3, true) {}
-};
 }

@@ -6,6 +6,9 @@
 #include "ui/theme/Tokens.h"
 #include "ui/theme/Typography.h"
 #include "ui/widgets/ActiveRoutes.h"
+#include "ui/widgets/DetuneBar.h"
+#include "ui/widgets/OscCard.h"
+#include "ui/widgets/VoiceFilterPanel.h"
 
 namespace morvane::ui::views
 {
@@ -30,11 +33,11 @@ std::unique_ptr<juce::Component> SingleCanvasView::makePanel (Panel panel)
 {
     switch (panel)
     {
-        case osc1:
-        case detune:
-        case osc2:
+        case osc1: return std::make_unique<widgets::OscCard> (processor, 1);
+        case detune: return std::make_unique<widgets::DetuneBar> (processor.getParameterTree());
+        case osc2: return std::make_unique<widgets::OscCard> (processor, 2);
+        case filter: return std::make_unique<widgets::VoiceFilterPanel> (processor.getParameterTree(), processor);
         case sources:
-        case filter:
         case amp:
         case drive:
         case lfo:

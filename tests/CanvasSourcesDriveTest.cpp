@@ -2,6 +2,8 @@
 
 #include "engine/DriveShaper.h"
 #include "ui/theme/Tokens.h"
+#include "ui/widgets/AmpEnvelopePanel.h"
+#include "ui/widgets/DriveCard.h"
 #include "ui/widgets/DriveThumbnail.h"
 #include "ui/widgets/LfoCard.h"
 #include "ui/widgets/SourceChip.h"
@@ -310,4 +312,62 @@ TEST (CanvasPanels, FollowAPresetLoad)
     EXPECT_NEAR (strip.noiseLevelKnob.getValue(), -12.0, 1e-4);
     EXPECT_FALSE (strip.isNoiseMuted());
     EXPECT_TRUE (strip.noiseRouteSegments()->getCell (1)->getToggleState());
+}
+
+TEST (SourceChip, ClickAndKeysOpenTheChoiceAndTheLookFollowsTheSource)
+{
+    SourceChip chip ("lfo1", "LFO");
+    EXPECT_EQ (chip.getColour(), ui::token (ui::Token::sourceLfo));
+    int clicks = 0;
+    chip.setOnClick ([&clicks] { ++clicks; });
+    chip.mouseDown (mouseAt (chip, { 20, 10 }));
+    chip.mouseUp (mouseAt (chip, { 20, 10 }));
+    EXPECT_EQ (clicks, 1);
+    EXPECT_TRUE (chip.keyPressed (juce::KeyPress (juce::KeyPress::returnKey)));
+    EXPECT_TRUE (chip.keyPressed (juce::KeyPress (juce::KeyPress::spaceKey)));
+    EXPECT_FALSE (chip.keyPressed (juce::KeyPress ('a')));
+    EXPECT_EQ (clicks, 3);
+    chip.setDraggable (false);
+    EXPECT_EQ (chip.getHelpText(), "Choose a modulation source.");
+    chip.setSource ("dcw1Env", "DCW 1", false);
+    EXPECT_EQ (chip.getColour(), ui::token (ui::Token::sourceDcw1));
+    EXPECT_EQ (chip.getTitle(), "DCW 1");
+}
+
+TEST (AmpEnvelopePanel, HandleDragIsOneGestureOnTheAmpEnvelope)
+{
+    MorvaneAudioProcessor p;
+    AmpEnvelopePanel panel (p.getParameterTree());
+    panel.setBounds (540, 324, 312, 312);
+    EXPECT_EQ (panel.editor.getBounds(), juce::Rectangle<int> (16, 62, 280, 234));
+    auto& row = panel.editor.getCurveRow();
+    row.refresh();
+    auto* release = param (p, "ampRelease");
+    const float before = release->getValue();
+    HostView host (release);
+    const auto handle = row.handlePositions()[3].roundToInt();
+    const float width = row.curveBox().getWidth();
+    drag (row, handle, { handle.translated (-10, 0), handle.translated (-30, 0) });
+    EXPECT_EQ (host.starts, 1);
+    EXPECT_EQ (host.ends, 1);
+    EXPECT_NEAR (release->getValue(), juce::jlimit (0.0f, 1.0f, before - 30.0f / width), 1e-4f);
+}
+
+TEST (DriveCard, SwitchDimsTheCardAndKnobsFollowTheHost)
+{
+    MorvaneAudioProcessor p;
+    DriveCard card (p.getParameterTree(), p);
+    card.setBounds (864, 324, 204, 312);
+    EXPECT_EQ (card.thumbnail.getBounds(), juce::Rectangle<int> (16, 62, 172, 126));
+    EXPECT_TRUE (card.isActive());
+    EXPECT_FALSE (card.mixKnob.isVisible());
+    card.enableButton.triggerClick();
+    settle();
+    EXPECT_FALSE (card.isActive());
+    EXPECT_LT (card.thumbnail.getAlpha(), 0.5f);
+    test::setParameter (p, "drive", 13.0f);
+    test::setParameter (p, "feedbackAmount", 0.25f);
+    settle();
+    EXPECT_EQ (card.amountKnob.formattedValue(), "13.0 dB");
+    EXPECT_EQ (card.feedbackKnob.formattedValue(), "25 %");
 }

@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+
 using namespace morvane;
 using namespace morvane::ui::widgets;
 
@@ -370,4 +372,70 @@ TEST (DriveCard, SwitchDimsTheCardAndKnobsFollowTheHost)
     settle();
     EXPECT_EQ (card.amountKnob.formattedValue(), "13.0 dB");
     EXPECT_EQ (card.feedbackKnob.formattedValue(), "25 %");
+}
+
+// Every dragged control of these panels: a long drag each way reaches its parameter's ends in one
+// gesture, and no other parameter moves.
+TEST (CanvasPanels, EachControlReachesItsEndsAndNothingElseMoves)
+{
+    MorvaneAudioProcessor p;
+    auto& state = p.getParameterTree();
+    LfoCard lfo (state, p);
+    SourceUtilityStrip strip (p);
+    DriveCard drive (state, p);
+    AmpEnvelopePanel amp (state);
+    lfo.setBounds (1080, 324, 204, 312);
+    strip.setBounds (1080, 0, 204, 312);
+    drive.setBounds (864, 324, 204, 312);
+    amp.setBounds (540, 324, 312, 312);
+
+    struct Control
+    {
+        juce::Component& component;
+        std::vector<const char*> ids;
+        juce::Point<int> up, down; // drag offsets that raise and lower
+    };
+    auto& ampKnobs = amp.editor.getKnobsRow();
+    const Control controls[] = {
+        { lfo.rateKnob, { "lfo1Rate" }, { 0, -2000 }, { 0, 2000 } },
+        { lfo.depthKnob, { "lfo1Depth" }, { 0, -2000 }, { 0, 2000 } },
+        { lfo.preview, { "lfo1Rate", "lfo1Depth" }, { 2000, -2000 }, { -2000, 2000 } },
+        { strip.subLevelKnob, { "subLevel" }, { 0, -2000 }, { 0, 2000 } },
+        { strip.dirtKnob, { "subDriveSend" }, { 0, -2000 }, { 0, 2000 } },
+        { strip.noiseLevelKnob, { "noiseLevel" }, { 0, -2000 }, { 0, 2000 } },
+        { drive.amountKnob, { "drive" }, { 0, -2000 }, { 0, 2000 } },
+        { drive.thumbnail, { "drive" }, { 0, -2000 }, { 0, 2000 } },
+        { ampKnobs.getKnob (0), { "ampAttack" }, { 0, -2000 }, { 0, 2000 } },
+        { ampKnobs.getKnob (1), { "ampDecay" }, { 0, -2000 }, { 0, 2000 } },
+        { ampKnobs.getKnob (2), { "ampSustain" }, { 0, -2000 }, { 0, 2000 } },
+        { ampKnobs.getKnob (3), { "ampRelease" }, { 0, -2000 }, { 0, 2000 } },
+    };
+    for (const auto& c : controls)
+    {
+        const auto name = c.component.getTitle() + " " + c.ids.front();
+        for (const bool raise : { true, false })
+        {
+            std::map<juce::String, float> before;
+            for (auto* q : p.getParameters())
+                if (auto* r = dynamic_cast<juce::RangedAudioParameter*> (q))
+                    before[r->getParameterID()] = r->getValue();
+            std::vector<std::unique_ptr<HostView>> hosts;
+            for (auto* id : c.ids)
+                hosts.push_back (std::make_unique<HostView> (state.getParameter (id)));
+
+            const juce::Point<int> centre (c.component.getWidth() / 2, c.component.getHeight() / 3);
+            const auto offset = raise ? c.up : c.down;
+            drag (c.component, centre, { centre + offset / 100, centre + offset / 10, centre + offset });
+
+            for (auto& h : hosts)
+            {
+                EXPECT_EQ (h->parameter->getValue(), raise ? 1.0f : 0.0f) << name;
+                EXPECT_EQ (h->starts, 1) << name;
+                EXPECT_EQ (h->ends, 1) << name;
+            }
+            for (auto& [id, value] : before)
+                if (std::find_if (c.ids.begin(), c.ids.end(), [&id] (const char* x) { return id == x; }) == c.ids.end())
+                    EXPECT_EQ (state.getParameter (id)->getValue(), value) << name << " moved " << id;
+        }
+    }
 }

@@ -1,3 +1,4 @@
+#include "AllocationCounter.h"
 #include "TestHelpers.h"
 
 #include "engine/DriveShaper.h"
@@ -12,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <thread>
 
 using namespace morvane;
 using namespace morvane::ui::widgets;
@@ -438,4 +440,34 @@ TEST (CanvasPanels, EachControlReachesItsEndsAndNothingElseMoves)
                     EXPECT_EQ (state.getParameter (id)->getValue(), value) << name << " moved " << id;
         }
     }
+}
+
+// Hosts may automate from the audio thread: the panels' listeners only post, without allocating.
+TEST (CanvasPanels, ParameterChangesFromAnotherThreadAllocateNothing)
+{
+    MorvaneAudioProcessor p;
+    auto& state = p.getParameterTree();
+    LfoCard lfo (state, p);
+    SourceUtilityStrip strip (p);
+    DriveCard drive (state, p);
+    AmpEnvelopePanel amp (state);
+    const char* const ids[] = { "drive", "driveMode", "subLevel", "noiseLevel", "subMode", "subWave", "noiseRouting",
+                                "noiseColour", "subRouting", "lfo1Rate", "lfo1Sync", "ampAttack", "driveMix", "feedbackAmount" };
+    std::vector<juce::RangedAudioParameter*> parameters;
+    for (auto* id : ids)
+        parameters.push_back (state.getParameter (id));
+    long allocations = -1;
+    std::thread audio ([&]
+    {
+        test::AllocationCounter counter;
+        for (int round = 0; round < 3; ++round)
+            for (auto* q : parameters)
+                q->setValueNotifyingHost (round == 1 ? 1.0f : 0.25f);
+        allocations = counter.allocations();
+    });
+    audio.join();
+    EXPECT_EQ (allocations, 0);
+    settle();
+    EXPECT_EQ (strip.waveChoice.getSelectedId(), strip.waveIdFromParameters());
+    EXPECT_TRUE (strip.noiseRouteSegments()->getCell (0)->getToggleState()) << "0.25 reads as the first end";
 }

@@ -41,15 +41,15 @@ DriveThumbnail::~DriveThumbnail()
 {
     state.removeParameterListener ("drive", listener.get());
     state.removeParameterListener ("driveMode", listener.get());
+    cancelPendingUpdate();
+    if (valueEditor != nullptr)
+        valueEditor->onFocusLost = nullptr;
 }
 
 void DriveThumbnail::ParamListener::parameterChanged (const juce::String&, float)
 {
-    juce::MessageManager::callAsync ([safe = juce::Component::SafePointer<DriveThumbnail> (&owner)]
-    {
-        if (safe != nullptr)
-            safe->repaint();
-    });
+    // Any thread, the audio thread too: a posted update that needs no allocation.
+    owner.triggerAsyncUpdate();
 }
 
 float DriveThumbnail::driveDb() const

@@ -58,10 +58,7 @@ void PanelEnableButton::syncFromParameter()
 
 void PanelEnableButton::parameterChanged (const juce::String&, float)
 {
-    juce::MessageManager::callAsync ([safe = juce::Component::SafePointer<PanelEnableButton> (this)] {
-        if (safe != nullptr)
-            safe->syncFromParameter();
-    });
+    triggerAsyncUpdate();
 }
 
 void PanelEnableButton::paintButton (juce::Graphics& g, bool over, bool down)

@@ -359,6 +359,7 @@ TEST (CanvasOscFilter, FilterPanelSwitchModelKnobsAndTexts)
     EXPECT_FALSE (panel.isActive());
     EXPECT_FLOAT_EQ (panel.getCutoffKnob().getAlpha(), 0.4f);
     EXPECT_FLOAT_EQ (panel.getEnableButton().getAlpha(), 1.0f);
+    EXPECT_FLOAT_EQ (panel.getEnvKnob().getAlpha() * panel.getEnvelope().getAlpha(), 0.4f);
     setReal (s, "filterEnabled", 1.0f);
     settle();
     EXPECT_TRUE (panel.getEnableButton().getToggleState());

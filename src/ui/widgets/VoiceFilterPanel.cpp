@@ -121,8 +121,9 @@ VoiceFilterPanel::VoiceFilterPanel (juce::AudioProcessorValueTreeState& s, Morva
     resoKnob.setVisible (true);
     envelope.setExtraKnob (&envKnob);
 
+    // The ENV knob lives inside the envelope editor, whose dimming it already inherits.
     for (juce::Component* c : std::initializer_list<juce::Component*> { &responseStrip, &envelope, &modelChoice, &cutoffKnob,
-                                                                        &resoKnob, &phaseKnob, &notchKnob, &envKnob })
+                                                                        &resoKnob, &phaseKnob, &notchKnob })
         addDimmedChild (c);
     enableButton.onToggled = [this] (bool on) { setActive (on); };
     setHeaderControl (&enableButton, 36);

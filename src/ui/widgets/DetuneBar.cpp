@@ -132,10 +132,7 @@ namespace widgets
     {
         if (id != "detuneMode")
             return;
-        juce::MessageManager::callAsync ([safe = juce::Component::SafePointer<DetuneBar> (this)] {
-            if (safe != nullptr)
-                safe->syncDetuneBinding (true);
-        });
+        triggerAsyncUpdate();
     }
 
     void DetuneBar::resized()

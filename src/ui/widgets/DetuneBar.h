@@ -16,7 +16,9 @@ namespace hidden
 namespace widgets
 {
     // "OSC LINK": how oscillator 2 relates to oscillator 1.
-    class DetuneBar : public ostrel::widgets::SectionFrame, private juce::AudioProcessorValueTreeState::Listener
+    class DetuneBar : public ostrel::widgets::SectionFrame,
+                      private juce::AudioProcessorValueTreeState::Listener,
+                      private juce::AsyncUpdater
     {
     public:
         explicit DetuneBar (juce::AudioProcessorValueTreeState& state);
@@ -36,7 +38,9 @@ namespace widgets
         ostrel::widgets::FieldBox& getPhaseField() noexcept { return phaseField; }
 
     private:
+        // Listeners may run on any thread; the posted update allocates nothing.
         void parameterChanged (const juce::String& parameterId, float) override;
+        void handleAsyncUpdate() override { syncDetuneBinding (true); }
 
         juce::AudioProcessorValueTreeState& state;
         ostrel::widgets::SectionTitle title { "OSC LINK" };

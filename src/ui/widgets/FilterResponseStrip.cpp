@@ -34,10 +34,7 @@ float filterDrawingMagnitude (int model, float q, float r)
 
 void FilterResponseStrip::ParamListener::parameterChanged (const juce::String&, float)
 {
-    juce::MessageManager::callAsync ([safe = juce::Component::SafePointer<FilterResponseStrip> (&owner)] {
-        if (safe != nullptr)
-            safe->refresh();
-    });
+    owner.triggerAsyncUpdate();
 }
 
 FilterResponseStrip::FilterResponseStrip (juce::AudioProcessorValueTreeState& s)

@@ -10,7 +10,7 @@ namespace morvane::ui::widgets
 float filterDrawingMagnitude (int model, float q, float r);
 
 // The filter's shape as a drawing model, with a handle that drags cutoff (x) and resonance (y).
-class FilterResponseStrip : public juce::Component, private juce::Timer
+class FilterResponseStrip : public juce::Component, private juce::Timer, private juce::AsyncUpdater
 {
 public:
     explicit FilterResponseStrip (juce::AudioProcessorValueTreeState& state);
@@ -41,6 +41,7 @@ private:
     };
 
     void timerCallback() override { refresh(); }
+    void handleAsyncUpdate() override { refresh(); }
     juce::Path buildCurve (float cutoffHz, float r, int model) const;
     std::array<juce::Point<float>, 4> envelopePoints() const;
     void gestures (bool begin);

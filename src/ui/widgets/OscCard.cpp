@@ -202,10 +202,7 @@ void OscSourceBadge::paint (juce::Graphics& g)
 
 void OscCard::WaveListener::parameterChanged (const juce::String&, float)
 {
-    juce::MessageManager::callAsync ([safe = juce::Component::SafePointer<OscCard> (&owner)] {
-        if (safe != nullptr)
-            safe->syncWaveCells();
-    });
+    owner.triggerAsyncUpdate();
 }
 
 OscCard::OscCard (MorvaneAudioProcessor& p, int index)

@@ -44,7 +44,7 @@ private:
 };
 
 // The card of one phase-distortion oscillator (1 or 2).
-class OscCard : public ostrel::widgets::SectionFrame, private juce::Timer
+class OscCard : public ostrel::widgets::SectionFrame, private juce::Timer, private juce::AsyncUpdater
 {
 public:
     OscCard (MorvaneAudioProcessor& processor, int oscIndex);
@@ -76,6 +76,7 @@ private:
     };
 
     void timerCallback() override { updateModBadge(); }
+    void handleAsyncUpdate() override { syncWaveCells(); }
     void chooseWave (int index);
 
     MorvaneAudioProcessor& processor;

@@ -58,10 +58,7 @@ void PanelEnableButton::syncFromParameter()
 
 void PanelEnableButton::parameterChanged (const juce::String&, float)
 {
-    juce::MessageManager::callAsync ([safe = juce::Component::SafePointer<PanelEnableButton> (this)] {
-        if (safe != nullptr)
-            safe->syncFromParameter();
-    });
+    triggerAsyncUpdate();
 }
 
 void PanelEnableButton::paintButton (juce::Graphics& g, bool over, bool down)
@@ -124,8 +121,9 @@ VoiceFilterPanel::VoiceFilterPanel (juce::AudioProcessorValueTreeState& s, Morva
     resoKnob.setVisible (true);
     envelope.setExtraKnob (&envKnob);
 
+    // The ENV knob lives inside the envelope editor, whose dimming it already inherits.
     for (juce::Component* c : std::initializer_list<juce::Component*> { &responseStrip, &envelope, &modelChoice, &cutoffKnob,
-                                                                        &resoKnob, &phaseKnob, &notchKnob, &envKnob })
+                                                                        &resoKnob, &phaseKnob, &notchKnob })
         addDimmedChild (c);
     enableButton.onToggled = [this] (bool on) { setActive (on); };
     setHeaderControl (&enableButton, 36);

@@ -14,7 +14,8 @@ namespace morvane::ui::widgets
 {
 // The ON/OFF switch of a card header, bound to a bool parameter.
 class PanelEnableButton : public primitives::canonical::LabeledChipButton,
-                          private juce::AudioProcessorValueTreeState::Listener
+                          private juce::AudioProcessorValueTreeState::Listener,
+                          private juce::AsyncUpdater
 {
 public:
     PanelEnableButton (juce::AudioProcessorValueTreeState& state, const juce::String& parameterId,
@@ -28,7 +29,9 @@ public:
     void paintButton (juce::Graphics&, bool over, bool down) override;
 
 private:
+    // Listeners may run on any thread; the posted update allocates nothing.
     void parameterChanged (const juce::String&, float) override;
+    void handleAsyncUpdate() override { syncFromParameter(); }
     void clicked() override;
 
     juce::AudioProcessorValueTreeState& state;

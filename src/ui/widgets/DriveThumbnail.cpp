@@ -144,6 +144,7 @@ void DriveThumbnail::openValueEditor()
     editor.setFont (fontForTypeRole (5));
     editor.setBorder ({ 1, 4, 1, 4 });
     editor.setText (juce::String (driveDb(), 1), false);
+    editor.setSelectAllWhenFocused (true);
     editor.selectAll();
     const auto area = getLocalBounds();
     editor.setBounds (4, 6, juce::jmax (area.getWidth() - 8, 0), juce::jmax (area.getHeight() - 12, 0));

@@ -1,13 +1,19 @@
+#include "AllocationCounter.h"
 #include "TestHelpers.h"
 
 #include "engine/DriveShaper.h"
 #include "ui/theme/Tokens.h"
+#include "ui/widgets/AmpEnvelopePanel.h"
+#include "ui/widgets/DriveCard.h"
 #include "ui/widgets/DriveThumbnail.h"
 #include "ui/widgets/LfoCard.h"
 #include "ui/widgets/SourceChip.h"
 #include "ui/widgets/SourceUtilityStrip.h"
 
 #include <gtest/gtest.h>
+
+#include <map>
+#include <thread>
 
 using namespace morvane;
 using namespace morvane::ui::widgets;
@@ -310,4 +316,158 @@ TEST (CanvasPanels, FollowAPresetLoad)
     EXPECT_NEAR (strip.noiseLevelKnob.getValue(), -12.0, 1e-4);
     EXPECT_FALSE (strip.isNoiseMuted());
     EXPECT_TRUE (strip.noiseRouteSegments()->getCell (1)->getToggleState());
+}
+
+TEST (SourceChip, ClickAndKeysOpenTheChoiceAndTheLookFollowsTheSource)
+{
+    SourceChip chip ("lfo1", "LFO");
+    EXPECT_EQ (chip.getColour(), ui::token (ui::Token::sourceLfo));
+    int clicks = 0;
+    chip.setOnClick ([&clicks] { ++clicks; });
+    chip.mouseDown (mouseAt (chip, { 20, 10 }));
+    chip.mouseUp (mouseAt (chip, { 20, 10 }));
+    EXPECT_EQ (clicks, 1);
+    EXPECT_TRUE (chip.keyPressed (juce::KeyPress (juce::KeyPress::returnKey)));
+    EXPECT_TRUE (chip.keyPressed (juce::KeyPress (juce::KeyPress::spaceKey)));
+    EXPECT_FALSE (chip.keyPressed (juce::KeyPress ('a')));
+    EXPECT_EQ (clicks, 3);
+    chip.setDraggable (false);
+    EXPECT_EQ (chip.getHelpText(), "Choose a modulation source.");
+    chip.setSource ("dcw1Env", "DCW 1", false);
+    EXPECT_EQ (chip.getColour(), ui::token (ui::Token::sourceDcw1));
+    EXPECT_EQ (chip.getTitle(), "DCW 1");
+}
+
+TEST (AmpEnvelopePanel, HandleDragIsOneGestureOnTheAmpEnvelope)
+{
+    MorvaneAudioProcessor p;
+    AmpEnvelopePanel panel (p.getParameterTree());
+    panel.setBounds (540, 324, 312, 312);
+    EXPECT_EQ (panel.editor.getBounds(), juce::Rectangle<int> (16, 62, 280, 234));
+    auto& row = panel.editor.getCurveRow();
+    row.refresh();
+    auto* release = param (p, "ampRelease");
+    const float before = release->getValue();
+    HostView host (release);
+    const auto handle = row.handlePositions()[3].roundToInt();
+    const float width = row.curveBox().getWidth();
+    drag (row, handle, { handle.translated (-10, 0), handle.translated (-30, 0) });
+    EXPECT_EQ (host.starts, 1);
+    EXPECT_EQ (host.ends, 1);
+    EXPECT_NEAR (release->getValue(), juce::jlimit (0.0f, 1.0f, before - 30.0f / width), 1e-4f);
+}
+
+TEST (DriveCard, SwitchDimsTheCardAndKnobsFollowTheHost)
+{
+    MorvaneAudioProcessor p;
+    DriveCard card (p.getParameterTree(), p);
+    card.setBounds (864, 324, 204, 312);
+    EXPECT_EQ (card.thumbnail.getBounds(), juce::Rectangle<int> (16, 62, 172, 126));
+    EXPECT_TRUE (card.isActive());
+    EXPECT_FALSE (card.mixKnob.isVisible());
+    card.enableButton.triggerClick();
+    settle();
+    EXPECT_FALSE (card.isActive());
+    EXPECT_LT (card.thumbnail.getAlpha(), 0.5f);
+    test::setParameter (p, "drive", 13.0f);
+    test::setParameter (p, "feedbackAmount", 0.25f);
+    settle();
+    EXPECT_EQ (card.amountKnob.formattedValue(), "13.0 dB");
+    EXPECT_EQ (card.feedbackKnob.formattedValue(), "25 %");
+}
+
+// Every dragged control of these panels: a long drag each way reaches its parameter's ends in one
+// gesture, and no other parameter moves.
+TEST (CanvasPanels, EachControlReachesItsEndsAndNothingElseMoves)
+{
+    MorvaneAudioProcessor p;
+    auto& state = p.getParameterTree();
+    LfoCard lfo (state, p);
+    SourceUtilityStrip strip (p);
+    DriveCard drive (state, p);
+    AmpEnvelopePanel amp (state);
+    lfo.setBounds (1080, 324, 204, 312);
+    strip.setBounds (1080, 0, 204, 312);
+    drive.setBounds (864, 324, 204, 312);
+    amp.setBounds (540, 324, 312, 312);
+
+    struct Control
+    {
+        juce::Component& component;
+        std::vector<const char*> ids;
+        juce::Point<int> up, down; // drag offsets that raise and lower
+    };
+    auto& ampKnobs = amp.editor.getKnobsRow();
+    const Control controls[] = {
+        { lfo.rateKnob, { "lfo1Rate" }, { 0, -2000 }, { 0, 2000 } },
+        { lfo.depthKnob, { "lfo1Depth" }, { 0, -2000 }, { 0, 2000 } },
+        { lfo.preview, { "lfo1Rate", "lfo1Depth" }, { 2000, -2000 }, { -2000, 2000 } },
+        { strip.subLevelKnob, { "subLevel" }, { 0, -2000 }, { 0, 2000 } },
+        { strip.dirtKnob, { "subDriveSend" }, { 0, -2000 }, { 0, 2000 } },
+        { strip.noiseLevelKnob, { "noiseLevel" }, { 0, -2000 }, { 0, 2000 } },
+        { drive.amountKnob, { "drive" }, { 0, -2000 }, { 0, 2000 } },
+        { drive.thumbnail, { "drive" }, { 0, -2000 }, { 0, 2000 } },
+        { ampKnobs.getKnob (0), { "ampAttack" }, { 0, -2000 }, { 0, 2000 } },
+        { ampKnobs.getKnob (1), { "ampDecay" }, { 0, -2000 }, { 0, 2000 } },
+        { ampKnobs.getKnob (2), { "ampSustain" }, { 0, -2000 }, { 0, 2000 } },
+        { ampKnobs.getKnob (3), { "ampRelease" }, { 0, -2000 }, { 0, 2000 } },
+    };
+    for (const auto& c : controls)
+    {
+        const auto name = c.component.getTitle() + " " + c.ids.front();
+        for (const bool raise : { true, false })
+        {
+            std::map<juce::String, float> before;
+            for (auto* q : p.getParameters())
+                if (auto* r = dynamic_cast<juce::RangedAudioParameter*> (q))
+                    before[r->getParameterID()] = r->getValue();
+            std::vector<std::unique_ptr<HostView>> hosts;
+            for (auto* id : c.ids)
+                hosts.push_back (std::make_unique<HostView> (state.getParameter (id)));
+
+            const juce::Point<int> centre (c.component.getWidth() / 2, c.component.getHeight() / 3);
+            const auto offset = raise ? c.up : c.down;
+            drag (c.component, centre, { centre + offset / 100, centre + offset / 10, centre + offset });
+
+            for (auto& h : hosts)
+            {
+                EXPECT_EQ (h->parameter->getValue(), raise ? 1.0f : 0.0f) << name;
+                EXPECT_EQ (h->starts, 1) << name;
+                EXPECT_EQ (h->ends, 1) << name;
+            }
+            for (auto& [id, value] : before)
+                if (std::find_if (c.ids.begin(), c.ids.end(), [&id] (const char* x) { return id == x; }) == c.ids.end())
+                    EXPECT_EQ (state.getParameter (id)->getValue(), value) << name << " moved " << id;
+        }
+    }
+}
+
+// Hosts may automate from the audio thread: the panels' listeners only post, without allocating.
+TEST (CanvasPanels, ParameterChangesFromAnotherThreadAllocateNothing)
+{
+    MorvaneAudioProcessor p;
+    auto& state = p.getParameterTree();
+    LfoCard lfo (state, p);
+    SourceUtilityStrip strip (p);
+    DriveCard drive (state, p);
+    AmpEnvelopePanel amp (state);
+    const char* const ids[] = { "drive", "driveMode", "subLevel", "noiseLevel", "subMode", "subWave", "noiseRouting",
+                                "noiseColour", "subRouting", "lfo1Rate", "lfo1Sync", "ampAttack", "driveMix", "feedbackAmount" };
+    std::vector<juce::RangedAudioParameter*> parameters;
+    for (auto* id : ids)
+        parameters.push_back (state.getParameter (id));
+    long allocations = -1;
+    std::thread audio ([&]
+    {
+        test::AllocationCounter counter;
+        for (int round = 0; round < 3; ++round)
+            for (auto* q : parameters)
+                q->setValueNotifyingHost (round == 1 ? 1.0f : 0.25f);
+        allocations = counter.allocations();
+    });
+    audio.join();
+    EXPECT_EQ (allocations, 0);
+    settle();
+    EXPECT_EQ (strip.waveChoice.getSelectedId(), strip.waveIdFromParameters());
+    EXPECT_TRUE (strip.noiseRouteSegments()->getCell (0)->getToggleState()) << "0.25 reads as the first end";
 }

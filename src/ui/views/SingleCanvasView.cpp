@@ -7,9 +7,12 @@
 #include "ui/theme/Typography.h"
 #include "ui/widgets/ActiveRoutes.h"
 #include "ui/widgets/AmpEnvelopePanel.h"
+#include "ui/widgets/DetuneBar.h"
 #include "ui/widgets/DriveCard.h"
 #include "ui/widgets/LfoCard.h"
+#include "ui/widgets/OscCard.h"
 #include "ui/widgets/SourceUtilityStrip.h"
+#include "ui/widgets/VoiceFilterPanel.h"
 
 namespace morvane::ui::views
 {
@@ -34,18 +37,14 @@ std::unique_ptr<juce::Component> SingleCanvasView::makePanel (Panel panel)
 {
     switch (panel)
     {
-        case sources:
-            return std::make_unique<widgets::SourceUtilityStrip> (processor);
-        case lfo:
-            return std::make_unique<widgets::LfoCard> (processor.getParameterTree(), processor);
-        case amp:
-            return std::make_unique<widgets::AmpEnvelopePanel> (processor.getParameterTree());
-        case drive:
-            return std::make_unique<widgets::DriveCard> (processor.getParameterTree(), processor);
-        case osc1:
-        case detune:
-        case osc2:
-        case filter:
+        case osc1: return std::make_unique<widgets::OscCard> (processor, 1);
+        case detune: return std::make_unique<widgets::DetuneBar> (processor.getParameterTree());
+        case osc2: return std::make_unique<widgets::OscCard> (processor, 2);
+        case sources: return std::make_unique<widgets::SourceUtilityStrip> (processor);
+        case filter: return std::make_unique<widgets::VoiceFilterPanel> (processor.getParameterTree(), processor);
+        case amp: return std::make_unique<widgets::AmpEnvelopePanel> (processor.getParameterTree());
+        case drive: return std::make_unique<widgets::DriveCard> (processor.getParameterTree(), processor);
+        case lfo: return std::make_unique<widgets::LfoCard> (processor.getParameterTree(), processor);
         default:
             return std::make_unique<PlaceholderPanel> (places[panel].title, 0, false);
     }

@@ -129,7 +129,9 @@ void AdsrRow::refresh()
             changed = true;
         }
     }
-    if (changed)
+    // A row that shows no curve has nothing of its own to redraw; its knobs follow by attachment.
+    const bool drawsCurve = getHeight() < 44 || curveVisible;
+    if (changed && drawsCurve)
         repaint (0, 0, getWidth(), curveMaxHeight + 8);
 }
 

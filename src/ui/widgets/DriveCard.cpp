@@ -18,7 +18,7 @@ std::unique_ptr<juce::AudioProcessorValueTreeState::SliderAttachment> attach (ju
 }
 
 DriveCard::DriveCard (juce::AudioProcessorValueTreeState& s, MorvaneAudioProcessor& processor)
-    : BypassablePanel ("DRIVE"), state (s), thumbnail (s), modeChoice (s, "driveMode", "Drive mode")
+    : BypassablePanel ("DRIVE"), state (s), thumbnail (s), enableButton (s, "driveEnabled", "Drive enable", "Enable drive."), modeChoice (s, "driveMode", "Drive mode")
 {
     setName ("DriveCard");
     addAndMakeVisible (thumbnail);
@@ -47,6 +47,11 @@ DriveCard::DriveCard (juce::AudioProcessorValueTreeState& s, MorvaneAudioProcess
 
     for (auto* c : std::initializer_list<juce::Component*> { &thumbnail, &modeField, &amountKnob, &mixKnob, &feedbackKnob })
         addDimmedChild (c);
+
+    enableButton.onToggled = [this] (bool on) { setActive (on); };
+    setHeaderControl (&enableButton, 36);
+    const auto* enabled = state.getRawParameterValue ("driveEnabled");
+    setActive (enabled == nullptr || enabled->load() > 0.5f);
 }
 
 DriveCard::~DriveCard() = default;

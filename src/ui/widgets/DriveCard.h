@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ui/widgets/DriveThumbnail.h"
+#include "ui/widgets/VoiceFilterPanel.h"
 #include "widgets/Widgets.h"
 
 namespace morvane
@@ -21,6 +22,7 @@ public:
 
     juce::AudioProcessorValueTreeState& state;
     DriveThumbnail thumbnail;
+    PanelEnableButton enableButton;
     ostrel::widgets::ChoiceDropdown modeChoice;
     ostrel::widgets::FieldBox modeField { "MODE" };
     ostrel::widgets::Knob amountKnob { ostrel::widgets::KnobSize::Mini }, mixKnob { ostrel::widgets::KnobSize::Mini },

@@ -41,15 +41,15 @@ DriveThumbnail::~DriveThumbnail()
 {
     state.removeParameterListener ("drive", listener.get());
     state.removeParameterListener ("driveMode", listener.get());
+    cancelPendingUpdate();
+    if (valueEditor != nullptr)
+        valueEditor->onFocusLost = nullptr;
 }
 
 void DriveThumbnail::ParamListener::parameterChanged (const juce::String&, float)
 {
-    juce::MessageManager::callAsync ([safe = juce::Component::SafePointer<DriveThumbnail> (&owner)]
-    {
-        if (safe != nullptr)
-            safe->repaint();
-    });
+    // Any thread, the audio thread too: a posted update that needs no allocation.
+    owner.triggerAsyncUpdate();
 }
 
 float DriveThumbnail::driveDb() const
@@ -144,6 +144,7 @@ void DriveThumbnail::openValueEditor()
     editor.setFont (fontForTypeRole (5));
     editor.setBorder ({ 1, 4, 1, 4 });
     editor.setText (juce::String (driveDb(), 1), false);
+    editor.setSelectAllWhenFocused (true);
     editor.selectAll();
     const auto area = getLocalBounds();
     editor.setBounds (4, 6, juce::jmax (area.getWidth() - 8, 0), juce::jmax (area.getHeight() - 12, 0));

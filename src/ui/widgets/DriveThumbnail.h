@@ -9,7 +9,7 @@ float driveThumbnailCurve (int mode, float u, float g) noexcept;
 
 // The transfer curve of the voice drive at its present amount; a vertical drag sets the amount
 // and a double-click opens a box for decibels.
-class DriveThumbnail : public juce::Component
+class DriveThumbnail : public juce::Component, private juce::AsyncUpdater
 {
 public:
     explicit DriveThumbnail (juce::AudioProcessorValueTreeState& state);
@@ -37,6 +37,7 @@ private:
         DriveThumbnail& owner;
     };
 
+    void handleAsyncUpdate() override { repaint(); }
     void closeValueEditor();
     float driveDb() const;
     int modeIndex() const;

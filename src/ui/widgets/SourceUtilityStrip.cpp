@@ -37,7 +37,9 @@ juce::AudioParameterChoice* choiceParameter (juce::AudioProcessorValueTreeState&
 
 // Two cells on a float parameter: the cells stand on a choice parameter of their own that no
 // host hears, and a click writes the float's two ends.
-class FloatEndpointSegmentedControl : public juce::Component, private juce::AudioProcessorParameter::Listener
+class FloatEndpointSegmentedControl : public juce::Component,
+                                      private juce::AudioProcessorParameter::Listener,
+                                      private juce::AsyncUpdater
 {
 public:
     FloatEndpointSegmentedControl (juce::RangedAudioParameter& p, const juce::StringArray& labels, const juce::StringArray& tips)
@@ -59,7 +61,11 @@ public:
         synchronise();
     }
 
-    ~FloatEndpointSegmentedControl() override { parameter.removeListener (this); }
+    ~FloatEndpointSegmentedControl() override
+    {
+        parameter.removeListener (this);
+        cancelPendingUpdate();
+    }
 
     void resized() override { control.setBounds (getLocalBounds()); }
 
@@ -83,14 +89,9 @@ private:
         synchronise();
     }
 
-    void parameterValueChanged (int, float) override
-    {
-        juce::MessageManager::callAsync ([safe = juce::Component::SafePointer<FloatEndpointSegmentedControl> (this)]
-        {
-            if (safe != nullptr)
-                safe->synchronise();
-        });
-    }
+    // Any thread, the audio thread too: a posted update that needs no allocation.
+    void parameterValueChanged (int, float) override { triggerAsyncUpdate(); }
+    void handleAsyncUpdate() override { synchronise(); }
     void parameterGestureChanged (int, bool) override {}
 
     juce::RangedAudioParameter& parameter;
@@ -180,6 +181,7 @@ SourceUtilityStrip::~SourceUtilityStrip()
 {
     for (auto* id : listenedIds)
         state.removeParameterListener (id, this);
+    cancelPendingUpdate();
 }
 
 ostrel::widgets::SegmentedControl* SourceUtilityStrip::noiseRouteSegments() const
@@ -189,17 +191,24 @@ ostrel::widgets::SegmentedControl* SourceUtilityStrip::noiseRouteSegments() cons
 
 void SourceUtilityStrip::parameterChanged (const juce::String& id, float)
 {
-    juce::MessageManager::callAsync ([safe = juce::Component::SafePointer<SourceUtilityStrip> (this), id]
-    {
-        if (safe == nullptr)
-            return;
-        if (id == "subLevel")
-            safe->updateSubMuting();
-        else if (id == "noiseLevel")
-            safe->updateNoiseMuting();
-        else
-            safe->syncWave();
-    });
+    // Any thread, the audio thread too: mark what changed and post an update that needs no allocation.
+    if (id == "subLevel")
+        subLevelChanged = true;
+    else if (id == "noiseLevel")
+        noiseLevelChanged = true;
+    else
+        waveChanged = true;
+    triggerAsyncUpdate();
+}
+
+void SourceUtilityStrip::handleAsyncUpdate()
+{
+    if (subLevelChanged.exchange (false))
+        updateSubMuting();
+    if (noiseLevelChanged.exchange (false))
+        updateNoiseMuting();
+    if (waveChanged.exchange (false))
+        syncWave();
 }
 
 int SourceUtilityStrip::waveIdFromParameters() const

@@ -4,6 +4,8 @@
 
 #include <juce_audio_processors/juce_audio_processors.h>
 
+#include <atomic>
+
 namespace morvane
 {
 class MorvaneAudioProcessor;
@@ -14,7 +16,9 @@ namespace morvane::ui::widgets
 class FloatEndpointSegmentedControl;
 
 // The sub and noise columns beside the oscillators.
-class SourceUtilityStrip : public juce::Component, private juce::AudioProcessorValueTreeState::Listener
+class SourceUtilityStrip : public juce::Component,
+                           private juce::AudioProcessorValueTreeState::Listener,
+                           private juce::AsyncUpdater
 {
 public:
     explicit SourceUtilityStrip (MorvaneAudioProcessor& processor);
@@ -46,6 +50,7 @@ public:
 
 private:
     void parameterChanged (const juce::String& parameterId, float) override;
+    void handleAsyncUpdate() override;
     void waveChosen();
     void syncWave();
     void updateSubMuting();
@@ -54,6 +59,7 @@ private:
     bool syncingWave = false;
     bool subMuted = false, noiseMuted = false;
     bool mutingKnown = false;
+    std::atomic<bool> waveChanged { false }, subLevelChanged { false }, noiseLevelChanged { false };
 
     JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (SourceUtilityStrip)
 };

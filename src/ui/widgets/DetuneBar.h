@@ -1,0 +1,61 @@
+#pragma once
+
+#include "widgets/Widgets.h"
+
+#include <juce_audio_processors/juce_audio_processors.h>
+
+namespace morvane::ui
+{
+namespace hidden
+{
+    // Adds a submenu of a choice parameter, titled with its current choice; an item sets it in one gesture.
+    void addChoiceSubmenu (juce::PopupMenu& menu, juce::AudioProcessorValueTreeState& state,
+                           const juce::String& parameterId, const juce::String& title);
+}
+
+namespace widgets
+{
+    // "OSC LINK": how oscillator 2 relates to oscillator 1.
+    class DetuneBar : public ostrel::widgets::SectionFrame,
+                      private juce::AudioProcessorValueTreeState::Listener,
+                      private juce::AsyncUpdater
+    {
+    public:
+        explicit DetuneBar (juce::AudioProcessorValueTreeState& state);
+        ~DetuneBar() override;
+
+        void resized() override;
+
+        // Keeps the detune knob on the parameter of the unit in force; converts the value on a change.
+        void syncDetuneBinding (bool convertValue);
+        const juce::String& getBoundDetuneId() const noexcept { return boundDetuneId; }
+
+        ostrel::widgets::Knob& getDetuneKnob() noexcept { return detuneKnob; }
+        ostrel::widgets::Knob& getPhaseKnob() noexcept { return phaseKnob; }
+        ostrel::widgets::Knob& getDriftKnob() noexcept { return driftKnob; }
+        ostrel::widgets::Knob& getStereoKnob() noexcept { return stereoKnob; }
+        ostrel::widgets::SegmentField& getDetuneUnitField() noexcept { return detuneUnitField; }
+        ostrel::widgets::FieldBox& getPhaseField() noexcept { return phaseField; }
+
+    private:
+        // Listeners may run on any thread; the posted update allocates nothing.
+        void parameterChanged (const juce::String& parameterId, float) override;
+        void handleAsyncUpdate() override { syncDetuneBinding (true); }
+
+        juce::AudioProcessorValueTreeState& state;
+        ostrel::widgets::SectionTitle title { "OSC LINK" };
+        ostrel::widgets::Knob detuneKnob { ostrel::widgets::KnobSize::Mini, true },
+            phaseKnob { ostrel::widgets::KnobSize::Mini, true }, driftKnob { ostrel::widgets::KnobSize::Mini },
+            stereoKnob { ostrel::widgets::KnobSize::Mini };
+        std::unique_ptr<ostrel::widgets::SegmentedControl> detuneUnit;
+        ostrel::widgets::SegmentField detuneUnitField;
+        ostrel::widgets::ChoiceDropdown phaseChoice;
+        ostrel::widgets::FieldBox phaseField { "PHASE" };
+        std::unique_ptr<juce::AudioProcessorValueTreeState::SliderAttachment> detuneAttachment, phaseAttachment,
+            driftAttachment, stereoAttachment;
+        juce::String boundDetuneId;
+
+        JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (DetuneBar)
+    };
+}
+}

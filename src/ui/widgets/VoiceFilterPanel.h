@@ -1,0 +1,83 @@
+#pragma once
+
+#include "ui/primitives/canonical/LabeledChipButton.h"
+#include "ui/widgets/AdsrEnvelopeEditor.h"
+#include "ui/widgets/FilterResponseStrip.h"
+#include "widgets/Widgets.h"
+
+namespace morvane
+{
+class MorvaneAudioProcessor;
+}
+
+namespace morvane::ui::widgets
+{
+// The ON/OFF switch of a card header, bound to a bool parameter.
+class PanelEnableButton : public primitives::canonical::LabeledChipButton,
+                          private juce::AudioProcessorValueTreeState::Listener,
+                          private juce::AsyncUpdater
+{
+public:
+    PanelEnableButton (juce::AudioProcessorValueTreeState& state, const juce::String& parameterId,
+                       const juce::String& accessibleTitle, const juce::String& helpText);
+    ~PanelEnableButton() override;
+
+    std::function<void (bool)> onToggled;
+    // Follows the parameter now; a parameter change does it asynchronously.
+    void syncFromParameter();
+
+    void paintButton (juce::Graphics&, bool over, bool down) override;
+
+private:
+    // Listeners may run on any thread; the posted update allocates nothing.
+    void parameterChanged (const juce::String&, float) override;
+    void handleAsyncUpdate() override { syncFromParameter(); }
+    void clicked() override;
+
+    juce::AudioProcessorValueTreeState& state;
+    juce::String parameterId;
+    juce::AudioParameterBool* parameter = nullptr;
+
+    JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (PanelEnableButton)
+};
+
+// The voice filter's card: switch, model, knobs, envelope and the draggable response strip.
+class VoiceFilterPanel : public ostrel::widgets::BypassablePanel, private juce::Timer
+{
+public:
+    VoiceFilterPanel (juce::AudioProcessorValueTreeState& state, MorvaneAudioProcessor& processor);
+    ~VoiceFilterPanel() override;
+
+    void resized() override;
+    // The 15 Hz check of the model that shows or hides the phase knobs.
+    void updatePhaserControls();
+
+    FilterResponseStrip& getResponseStrip() noexcept { return responseStrip; }
+    AdsrEnvelopeEditor& getEnvelope() noexcept { return envelope; }
+    ostrel::widgets::HeaderChoice& getModelChoice() noexcept { return modelChoice; }
+    PanelEnableButton& getEnableButton() noexcept { return enableButton; }
+    ostrel::widgets::Knob& getCutoffKnob() noexcept { return cutoffKnob; }
+    ostrel::widgets::Knob& getResoKnob() noexcept { return resoKnob; }
+    ostrel::widgets::Knob& getPhaseKnob() noexcept { return phaseKnob; }
+    ostrel::widgets::Knob& getNotchKnob() noexcept { return notchKnob; }
+    ostrel::widgets::Knob& getEnvKnob() noexcept { return envKnob; }
+    bool arePhaserControlsShown() const noexcept { return phaserControlsShown; }
+
+private:
+    void timerCallback() override { updatePhaserControls(); }
+
+    juce::AudioProcessorValueTreeState& state;
+    FilterResponseStrip responseStrip;
+    AdsrEnvelopeEditor envelope;
+    ostrel::widgets::HeaderChoice modelChoice;
+    PanelEnableButton enableButton;
+    ostrel::widgets::Knob cutoffKnob { ostrel::widgets::KnobSize::Mini }, resoKnob { ostrel::widgets::KnobSize::Mini },
+        phaseKnob { ostrel::widgets::KnobSize::Mini }, notchKnob { ostrel::widgets::KnobSize::Mini },
+        envKnob { ostrel::widgets::KnobSize::Mini, true };
+    std::unique_ptr<juce::AudioProcessorValueTreeState::SliderAttachment> cutoffAttachment, resoAttachment,
+        phaseAttachment, notchAttachment, envAttachment;
+    bool phaserControlsShown = false;
+
+    JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (VoiceFilterPanel)
+};
+}

@@ -1,0 +1,379 @@
+#include "TestHelpers.h"
+
+#include "engine/WaveShape.h"
+#include "ui/theme/Tokens.h"
+#include "ui/widgets/DetuneBar.h"
+#include "ui/widgets/OscCard.h"
+#include "ui/widgets/ValueFormat.h"
+#include "ui/widgets/VoiceFilterPanel.h"
+
+#include <gtest/gtest.h>
+
+using namespace morvane;
+using namespace morvane::ui::widgets;
+
+namespace
+{
+juce::MouseEvent mouseAt (juce::Component& c, juce::Point<float> p)
+{
+    auto source = juce::Desktop::getInstance().getMainMouseSource();
+    return { source, p, {}, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f, &c, &c, juce::Time::getCurrentTime(), p,
+             juce::Time::getCurrentTime(), 1, false };
+}
+
+void settle() { juce::MessageManager::getInstance()->runDispatchLoopUntil (20); }
+
+// Counts gestures and value changes on a set of parameters while it lives.
+struct Watch : juce::AudioProcessorParameter::Listener
+{
+    Watch (juce::AudioProcessorValueTreeState& s, juce::StringArray parameterIds) : state (s), ids (std::move (parameterIds))
+    {
+        for (auto& id : ids)
+            state.getParameter (id)->addListener (this);
+    }
+    ~Watch() override
+    {
+        for (auto& id : ids)
+            state.getParameter (id)->removeListener (this);
+    }
+    void parameterValueChanged (int, float) override { ++changes; }
+    void parameterGestureChanged (int, bool starting) override { (starting ? begins : ends)++; }
+    juce::AudioProcessorValueTreeState& state;
+    juce::StringArray ids;
+    int begins = 0, ends = 0, changes = 0;
+};
+
+float real (juce::AudioProcessorValueTreeState& s, const char* id) { return s.getRawParameterValue (id)->load(); }
+
+void setReal (juce::AudioProcessorValueTreeState& s, const char* id, float v)
+{
+    auto* p = s.getParameter (id);
+    p->setValueNotifyingHost (p->convertTo0to1 (v));
+}
+
+void drag (juce::Component& c, juce::Point<float> from, juce::Point<float> to)
+{
+    c.mouseDown (mouseAt (c, from));
+    c.mouseDrag (mouseAt (c, (from + to) * 0.5f));
+    c.mouseDrag (mouseAt (c, to));
+    c.mouseUp (mouseAt (c, to));
+}
+
+const juce::String minus = juce::String (juce::CharPointer_UTF8 ("\xe2\x88\x92"));
+}
+
+TEST (CanvasOscFilter, ValueTextsAtTheirEdges)
+{
+    const std::pair<juce::String, juce::String> cases[] = {
+        { formatPercent (0.0, false), "0%" },
+        { formatPercent (1.0, true), "100 %" },
+        { formatPercent (0.004, false), "0%" },
+        { formatSigned (-1.25, 2, true, true, false), minus + "1.25" },
+        { formatSigned (-0.5, 1, false, false, false), "-0.5" },
+        { formatSigned (0.0, 1, true, false, false), "0.0" },
+        { formatSigned (0.0, 1, false, false, true), "+0.0" },
+        { formatSigned (48.0, 1, true, false, false), "+48.0" },
+        { formatSignedInt (0, true, false), "0" },
+        { formatSignedInt (1, true, false), "+1" },
+        { formatSignedInt (1, false, false), "1" },
+        { formatSignedInt (-12, true, true), minus + "12" },
+        { formatSignedInt (-100, true, false), "-100" },
+    };
+    for (const auto& [got, expected] : cases)
+        EXPECT_EQ (got, expected);
+
+    const juce::Rectangle<int> bounds (0, 0, 420, 312);
+    EXPECT_EQ (insetAtEdges ({ 216, 216, 204, 96 }, bounds, 16), juce::Rectangle<int> (216, 216, 188, 80));
+    EXPECT_EQ (insetAtEdges ({ 0, 38, 96, 44 }, bounds, 8), juce::Rectangle<int> (8, 38, 88, 44));
+    EXPECT_EQ (insetAtEdges ({ 20, 20, 50, 50 }, bounds, 8), juce::Rectangle<int> (20, 20, 50, 50));
+}
+
+TEST (CanvasOscFilter, OscCardTextsFollowThePart)
+{
+    MorvaneAudioProcessor p;
+    OscCard card (p, 2);
+    card.setBounds (0, 0, 420, 312);
+    EXPECT_EQ (card.getLevelKnob().getTextFromValue (-90.0), juce::String (juce::CharPointer_UTF8 ("\xe2\x88\x92\xe2\x88\x9e dB")));
+    EXPECT_EQ (card.getLevelKnob().getTextFromValue (-6.5), minus + "6.5 dB");
+    EXPECT_EQ (card.getDcwKnob().getTextFromValue (0.8), "80%");
+    EXPECT_EQ (card.getSemitoneChip().getTextFromValue (7.0), "+7 st");
+    EXPECT_EQ (card.getSemitoneChip().getTextFromValue (-12.0), "-12 st");
+    EXPECT_EQ (card.getFineChip().getTextFromValue (-50.0), minus + "50.0 c");
+    EXPECT_EQ (card.getWaveCell (0).getTooltip(), juce::String (juce::CharPointer_UTF8 ("Sawtooth \xe2\x80\x94 bright, classic")));
+    EXPECT_EQ (card.getSemitoneChip().getTooltip(), "OSC 2 coarse pitch in semitones.");
+}
+
+TEST (CanvasOscFilter, WaveCellClickSetsTheWaveInOneGestureAndCellsFollowTheParameter)
+{
+    MorvaneAudioProcessor p;
+    auto& s = p.getParameterTree();
+    OscCard card (p, 1);
+    card.setBounds (0, 0, 420, 312);
+    for (int wave : { 7, 0, 9 })
+    {
+        Watch watch (s, { "osc1Wave" });
+        card.getWaveCell (wave).triggerClick();
+        settle();
+        EXPECT_EQ ((int) real (s, "osc1Wave"), wave);
+        EXPECT_EQ (watch.begins, 1);
+        EXPECT_EQ (watch.ends, 1);
+        for (int i = 0; i < 10; ++i)
+            EXPECT_EQ (card.getWaveCell (i).getToggleState(), i == wave) << wave << " " << i;
+    }
+    setReal (s, "osc1Wave", 4.0f);
+    settle();
+    for (int i = 0; i < 10; ++i)
+        EXPECT_EQ (card.getWaveCell (i).getToggleState(), i == 4);
+}
+
+TEST (CanvasOscFilter, DcwVisualiserRunsTheEngineWaveAndDragsTheDepth)
+{
+    MorvaneAudioProcessor p;
+    auto& s = p.getParameterTree();
+    setReal (s, "osc2Wave", 5.0f);
+    setReal (s, "osc2DcwDepth", 0.0f);
+    DcwVisualiser vis (s, 2);
+    vis.setBounds (0, 0, 172, 126);
+    vis.refresh();
+    for (size_t i = 0; i < 128; i += 9)
+        EXPECT_EQ (vis.getShapedCurve()[i], vis.getNeutralCurve()[i]);
+
+    {
+        Watch watch (s, { "osc2DcwDepth" });
+        drag (vis, { 80, 100 }, { 80, 25 });
+        EXPECT_EQ (watch.begins, 1);
+        EXPECT_EQ (watch.ends, 1);
+    }
+    EXPECT_NEAR (real (s, "osc2DcwDepth"), 0.5f, 0.001f);
+    EXPECT_FALSE (vis.refresh());
+    for (size_t i = 0; i < 128; i += 9)
+        EXPECT_FLOAT_EQ (vis.getShapedCurve()[i], waveShape (5, (float) i / 128.0f, 0.5f, 16.0f)) << i;
+
+    drag (vis, { 80, 100 }, { 80, -400 });
+    EXPECT_FLOAT_EQ (real (s, "osc2DcwDepth"), 1.0f);
+
+    // The painted shaped curve passes where the wave function puts it.
+    vis.refresh();
+    juce::Image image (juce::Image::ARGB, 172, 126, true);
+    {
+        juce::Graphics g (image);
+        vis.paintEntireComponent (g, false);
+    }
+    const auto accent = ui::token (ui::Token::accentPrimary);
+    const auto inner = juce::Rectangle<float> (0, 0, 172, 126).reduced (4.0f);
+    int hits = 0, checked = 0;
+    for (int i = 8; i < 120; i += 16)
+    {
+        const float v = juce::jlimit (-1.0f, 1.0f, waveShape (5, (float) i / 128.0f, 1.0f, 16.0f));
+        const int x = juce::roundToInt (inner.getX() + inner.getWidth() * (float) i / 127.0f);
+        const int y = juce::roundToInt (inner.getCentreY() - v * inner.getHeight() / 2.0f * 0.85f);
+        bool near = false;
+        for (int dy = -2; dy <= 2 && ! near; ++dy)
+        {
+            const auto c = image.getPixelAt (x, y + dy);
+            near = std::abs (c.getRed() - accent.getRed()) < 40 && std::abs (c.getGreen() - accent.getGreen()) < 40
+                && std::abs (c.getBlue() - accent.getBlue()) < 40;
+        }
+        hits += near ? 1 : 0;
+        ++checked;
+    }
+    EXPECT_GE (hits, checked - 1);
+}
+
+TEST (CanvasOscFilter, CardControlsFollowAPresetLoad)
+{
+    MorvaneAudioProcessor p;
+    auto& s = p.getParameterTree();
+    OscCard card (p, 1);
+    VoiceFilterPanel filter (s, p);
+    DetuneBar bar (s);
+    auto xml = juce::parseXML (R"(<PARAMS>
+        <PARAM id="osc1Wave" value="6"/><PARAM id="osc1DcwDepth" value="0.25"/><PARAM id="osc1Level" value="-12"/>
+        <PARAM id="osc1Semitone" value="-7"/><PARAM id="filterCutoff" value="440"/><PARAM id="filterModel" value="3"/>
+        <PARAM id="filterEnabled" value="0"/><PARAM id="oscDrift" value="0.4"/></PARAMS>)");
+    ASSERT_NE (xml, nullptr);
+    p.applyPresetXml (*xml);
+    settle();
+    filter.updatePhaserControls();
+    EXPECT_TRUE (card.getWaveCell (6).getToggleState());
+    EXPECT_FALSE (card.getWaveCell (0).getToggleState());
+    EXPECT_NEAR (card.getDcwKnob().getValue(), 0.25, 1e-4);
+    EXPECT_NEAR (card.getLevelKnob().getValue(), -12.0, 1e-4);
+    EXPECT_EQ (card.getSemitoneChip().getValue(), -7.0);
+    EXPECT_NEAR (filter.getCutoffKnob().getValue(), 440.0, 0.5);
+    EXPECT_FALSE (filter.getEnableButton().getToggleState());
+    EXPECT_FALSE (filter.isActive());
+    EXPECT_TRUE (filter.arePhaserControlsShown());
+    EXPECT_NEAR (bar.getDriftKnob().getValue(), 0.4, 1e-4);
+}
+
+TEST (CanvasOscFilter, OscKnobDragIsOneGesture)
+{
+    MorvaneAudioProcessor p;
+    auto& s = p.getParameterTree();
+    OscCard card (p, 1);
+    card.setBounds (0, 0, 420, 312);
+    struct Case { ostrel::widgets::Knob& knob; const char* id; };
+    Case cases[] = { { card.getDcwKnob(), "osc1DcwDepth" }, { card.getMorphKnob(), "pdMorphAmount" } };
+    for (auto& c : cases)
+    {
+        const float before = s.getParameter (c.id)->getValue();
+        Watch watch (s, { c.id });
+        const auto centre = c.knob.getLocalBounds().getCentre().toFloat();
+        drag (c.knob, centre, centre - juce::Point<float> (0, 60));
+        EXPECT_EQ (watch.begins, 1) << c.id;
+        EXPECT_EQ (watch.ends, 1) << c.id;
+        EXPECT_GT (s.getParameter (c.id)->getValue(), before) << c.id;
+    }
+}
+
+TEST (CanvasOscFilter, ModulationBadgeShowsTheStrongerRoute)
+{
+    MorvaneAudioProcessor p;
+    auto& s = p.getParameterTree();
+    OscCard card (p, 1);
+    card.setBounds (0, 0, 420, 312);
+    // Slot 1 starts routed to the amp; clear it so only these routes count.
+    setReal (s, "mod1Dest", 0.0f);
+    card.updateModBadge();
+    EXPECT_FALSE (card.getModBadge().isVisible());
+
+    setReal (s, "mod2Source", 5.0f); // lfo 1
+    setReal (s, "mod2Dest", 8.0f);   // osc1 level
+    setReal (s, "mod2Amount", 0.5f);
+    setReal (s, "mod3Source", 1.0f); // velocity
+    setReal (s, "mod3Dest", 4.0f);   // osc1 dcw
+    setReal (s, "mod3Amount", -0.6f);
+    card.updateModBadge();
+    EXPECT_TRUE (card.getModBadge().isVisible());
+    EXPECT_EQ (card.getModBadge().getSourceId(), "velocity");
+    EXPECT_EQ (card.getModBadge().getText(), "VEL-60");
+
+    setReal (s, "mod3Amount", 0.5f);
+    card.updateModBadge();
+    EXPECT_EQ (card.getModBadge().getSourceId(), "lfo1");
+    EXPECT_EQ (card.getModBadge().getText(), "LFO 1+50");
+}
+
+TEST (CanvasOscFilter, DetuneUnitSwitchConvertsAndRebinds)
+{
+    MorvaneAudioProcessor p;
+    auto& s = p.getParameterTree();
+    DetuneBar bar (s);
+    bar.setBounds (0, 0, 204, 312);
+    EXPECT_EQ (bar.getBoundDetuneId(), "osc2Detune");
+    setReal (s, "osc2Detune", 30.0f);
+    setReal (s, "detuneMode", 1.0f);
+    settle();
+    EXPECT_EQ (bar.getBoundDetuneId(), "osc2DetuneHz");
+    EXPECT_NEAR (real (s, "osc2DetuneHz"), (std::pow (2.0f, 30.0f / 1200.0f) - 1.0f) * 440.0f, 0.01f);
+    EXPECT_EQ (bar.getDetuneKnob().getTextFromValue (7.7), "+7.7 Hz");
+    setReal (s, "detuneMode", 0.0f);
+    settle();
+    EXPECT_EQ (bar.getBoundDetuneId(), "osc2Detune");
+    EXPECT_NEAR (real (s, "osc2Detune"), 30.0f, 0.05f);
+    EXPECT_EQ (bar.getDetuneKnob().getTextFromValue (30.2), "+30 ct");
+
+    setReal (s, "osc2Detune", 100.0f);
+    setReal (s, "detuneMode", 1.0f);
+    settle();
+    EXPECT_FLOAT_EQ (real (s, "osc2DetuneHz"), 20.0f);
+}
+
+TEST (CanvasOscFilter, ResponseCurveFallsAboveCutoffAndNotchesForThePhaseModel)
+{
+    for (int model : { 0, 1, 2 })
+    {
+        EXPECT_NEAR (filterDrawingMagnitude (model, 0.05f, 0.0f), 1.0f, 0.01f) << model;
+        EXPECT_LT (filterDrawingMagnitude (model, 4.0f, 0.5f), 0.01f) << model;
+        EXPECT_GT (filterDrawingMagnitude (model, 1.0f, 1.0f), filterDrawingMagnitude (model, 1.0f, 0.0f)) << model;
+    }
+    for (float centre : { 0.5f, 1.0f, 2.0f })
+    {
+        EXPECT_LT (filterDrawingMagnitude (3, centre, 0.5f), 0.6f) << centre;
+        EXPECT_GT (filterDrawingMagnitude (3, centre * 1.41f, 0.5f), filterDrawingMagnitude (3, centre, 0.5f)) << centre;
+    }
+    EXPECT_NEAR (filterDrawingMagnitude (3, 20.0f, 0.5f), 1.0f, 0.01f);
+}
+
+TEST (CanvasOscFilter, ResponseStripDragMovesCutoffAndResonanceInOneGesture)
+{
+    MorvaneAudioProcessor p;
+    auto& s = p.getParameterTree();
+    setReal (s, "filterCutoff", 1000.0f);
+    setReal (s, "filterReso", 0.25f);
+    FilterResponseStrip strip (s);
+    strip.setEnvelopeOverlay (false);
+    strip.setBounds (0, 0, 172, 126);
+    const auto plot = strip.getPlot().toFloat();
+    EXPECT_EQ (strip.getPlot(), juce::Rectangle<int> (8, 8, 156, 94));
+    EXPECT_FALSE (strip.getCurve().isEmpty());
+
+    Watch watch (s, { "filterCutoff", "filterReso" });
+    const auto handle = strip.cutoffHandle();
+    const juce::Point<float> to { plot.getX() + plot.getWidth() * 0.25f, plot.getY() + plot.getHeight() * 0.2f };
+    strip.mouseDown (mouseAt (strip, handle + juce::Point<float> (5, 0)));
+    EXPECT_EQ (strip.getDragMode(), 1);
+    strip.mouseDrag (mouseAt (strip, to));
+    strip.mouseUp (mouseAt (strip, to));
+    EXPECT_EQ (watch.begins, 2);
+    EXPECT_EQ (watch.ends, 2);
+    EXPECT_NEAR (real (s, "filterCutoff"), std::pow (10.0f, std::log10 (20.0f) + 3.0f * 0.25f), 1.0f);
+    EXPECT_NEAR (real (s, "filterReso"), 0.8f, 0.001f);
+
+    strip.mouseDown (mouseAt (strip, { 2, 2 }));
+    EXPECT_EQ (strip.getDragMode(), 0);
+    strip.mouseUp (mouseAt (strip, { 2, 2 }));
+
+    // Far outside the plot the drag clamps at the range ends.
+    strip.mouseDown (mouseAt (strip, strip.cutoffHandle()));
+    strip.mouseDrag (mouseAt (strip, { 1000, 1000 }));
+    strip.mouseUp (mouseAt (strip, { 1000, 1000 }));
+    EXPECT_FLOAT_EQ (real (s, "filterCutoff"), 20000.0f);
+    EXPECT_FLOAT_EQ (real (s, "filterReso"), 0.0f);
+
+    strip.setBounds (0, 0, 10, 20);
+    EXPECT_TRUE (strip.getCurve().isEmpty());
+}
+
+TEST (CanvasOscFilter, FilterPanelSwitchModelKnobsAndTexts)
+{
+    MorvaneAudioProcessor p;
+    auto& s = p.getParameterTree();
+    VoiceFilterPanel panel (s, p);
+    panel.setBounds (0, 0, 528, 312);
+    EXPECT_EQ (panel.getCutoffKnob().getTextFromValue (999.4), "999 Hz");
+    EXPECT_EQ (panel.getCutoffKnob().getTextFromValue (12345.0), "12.3 kHz");
+    EXPECT_EQ (panel.getResoKnob().getTextFromValue (0.5), "50 %");
+    EXPECT_EQ (panel.getEnvKnob().getTextFromValue (-48.0), "-48.0 dB");
+    EXPECT_EQ (panel.getEnvKnob().getTextFromValue (12.0), "+12.0 dB");
+
+    {
+        Watch watch (s, { "filterEnabled" });
+        panel.getEnableButton().triggerClick();
+        settle();
+        EXPECT_EQ (watch.begins, 1);
+        EXPECT_EQ (watch.ends, 1);
+    }
+    EXPECT_EQ (real (s, "filterEnabled"), 0.0f);
+    EXPECT_FALSE (panel.isActive());
+    EXPECT_FLOAT_EQ (panel.getCutoffKnob().getAlpha(), 0.4f);
+    EXPECT_FLOAT_EQ (panel.getEnableButton().getAlpha(), 1.0f);
+    EXPECT_FLOAT_EQ (panel.getEnvKnob().getAlpha() * panel.getEnvelope().getAlpha(), 0.4f);
+    setReal (s, "filterEnabled", 1.0f);
+    settle();
+    EXPECT_TRUE (panel.getEnableButton().getToggleState());
+    EXPECT_TRUE (panel.isActive());
+
+    EXPECT_FALSE (panel.getPhaseKnob().isVisible());
+    setReal (s, "filterModel", 3.0f);
+    panel.updatePhaserControls();
+    EXPECT_TRUE (panel.getPhaseKnob().isVisible());
+    EXPECT_TRUE (panel.getNotchKnob().isVisible());
+    // The knob group stays clear of the envelope and its extra knob.
+    EXPECT_LE (panel.getNotchKnob().getRight(), panel.getEnvelope().getX());
+    setReal (s, "filterModel", 2.0f);
+    panel.updatePhaserControls();
+    EXPECT_FALSE (panel.getPhaseKnob().isVisible());
+    EXPECT_EQ (panel.getCutoffKnob().getBounds(), juce::Rectangle<int> (56, 216, 44, 96));
+}

@@ -6,27 +6,19 @@
 
 namespace morvane::ui::widgets
 {
-namespace
-{
-constexpr int smallLabelRole = 6;
-constexpr int enableSurfaceVariant = 8;
-}
-
 PanelEnableButton::PanelEnableButton (juce::AudioProcessorValueTreeState& s, const juce::String& id,
                                       const juce::String& accessibleTitle, const juce::String& helpText)
-    : LabeledChipButton ("ON", smallLabelRole, enableSurfaceVariant),
+    : LabeledChipButton ("ON", 6, 8),
       state (s),
       parameterId (id),
       parameter (dynamic_cast<juce::AudioParameterBool*> (s.getParameter (id)))
 {
     setTitle (accessibleTitle);
     setHelpText (helpText);
-    setSize (36, 22);
+    setTooltip (helpText);
     setClickingTogglesState (true);
-    setWantsKeyboardFocus (true);
-    setMouseCursor (juce::MouseCursor::PointingHandCursor);
     setToggleState (parameter == nullptr || parameter->get(), juce::dontSendNotification);
-    onClick = [this] { writeParameter (getToggleState()); };
+    setSize (36, 22);
     if (parameter != nullptr)
         state.addParameterListener (parameterId, this);
 }
@@ -37,43 +29,42 @@ PanelEnableButton::~PanelEnableButton()
         state.removeParameterListener (parameterId, this);
 }
 
-void PanelEnableButton::writeParameter (bool on)
+void PanelEnableButton::clicked()
+{
+    if (parameter != nullptr)
+    {
+        parameter->beginChangeGesture();
+        parameter->setValueNotifyingHost (getToggleState() ? 1.0f : 0.0f);
+        parameter->endChangeGesture();
+    }
+    if (onToggled)
+        onToggled (getToggleState());
+}
+
+void PanelEnableButton::syncFromParameter()
 {
     if (parameter == nullptr)
         return;
-    parameter->beginChangeGesture();
-    parameter->setValueNotifyingHost (parameter->convertTo0to1 (on ? 1.0f : 0.0f));
-    parameter->endChangeGesture();
-}
-
-void PanelEnableButton::parameterChanged (const juce::String&, float newValue)
-{
-    // Any thread may call here: only post to the message thread.
-    juce::MessageManager::callAsync ([safe = juce::Component::SafePointer<PanelEnableButton> (this), newValue]
-                                     {
-                                         if (safe != nullptr)
-                                             safe->applyValue (newValue);
-                                     });
-}
-
-void PanelEnableButton::applyValue (float value)
-{
-    const bool on = value >= 0.5f;
-    setToggleState (on, juce::dontSendNotification);
+    setToggleState (parameter->get(), juce::dontSendNotification);
     repaint();
     if (onToggled)
-        onToggled (on);
+        onToggled (getToggleState());
+}
+
+void PanelEnableButton::parameterChanged (const juce::String&, float)
+{
+    triggerAsyncUpdate();
 }
 
 void PanelEnableButton::paintButton (juce::Graphics& g, bool over, bool down)
 {
     const bool on = getToggleState();
-    drawControlSurface (g, getLocalBounds().toFloat(), over, down, on, hasKeyboardFocus (false), isEnabled(),
-                        enableSurfaceVariant);
+    drawControlSurface (g, getLocalBounds().toFloat(), over, down, on, hasKeyboardFocus (false), isEnabled(), 8);
     const auto colour = ! isEnabled() ? token (Token::textDisabled)
-                      : on ? token (Token::accentPrimaryText)
-                      : over ? token (Token::textPrimary)
-                             : token (Token::textSecondary);
-    drawTypeText (g, smallLabelRole, on ? "ON" : "OFF", getLocalBounds(), colour, juce::Justification::centred);
+                      : on            ? token (Token::accentPrimaryText)
+                      : over          ? token (Token::textPrimary)
+                                      : token (Token::textSecondary);
+    drawTypeText (g, 6, on ? "ON" : "OFF", getLocalBounds(), colour, juce::Justification::centred);
 }
+
 }

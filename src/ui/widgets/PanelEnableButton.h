@@ -8,10 +8,10 @@
 
 namespace morvane::ui::widgets
 {
-// The ON/OFF chip in a card header, bound to one bool parameter. A click is one gesture; a change
-// from anywhere reaches the toggle state and onToggled on the message thread.
+// The ON/OFF switch of a card header, bound to a bool parameter.
 class PanelEnableButton : public primitives::canonical::LabeledChipButton,
-                          private juce::AudioProcessorValueTreeState::Listener
+                          private juce::AudioProcessorValueTreeState::Listener,
+                          private juce::AsyncUpdater
 {
 public:
     PanelEnableButton (juce::AudioProcessorValueTreeState& state, const juce::String& parameterId,
@@ -19,14 +19,16 @@ public:
     ~PanelEnableButton() override;
 
     std::function<void (bool)> onToggled;
+    // Follows the parameter now; a parameter change does it asynchronously.
+    void syncFromParameter();
 
-protected:
     void paintButton (juce::Graphics&, bool over, bool down) override;
 
 private:
-    void parameterChanged (const juce::String& parameterId, float newValue) override;
-    void writeParameter (bool on);
-    void applyValue (float value);
+    // Listeners may run on any thread; the posted update allocates nothing.
+    void parameterChanged (const juce::String&, float) override;
+    void handleAsyncUpdate() override { syncFromParameter(); }
+    void clicked() override;
 
     juce::AudioProcessorValueTreeState& state;
     juce::String parameterId;
@@ -34,4 +36,5 @@ private:
 
     JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (PanelEnableButton)
 };
+
 }

@@ -238,7 +238,7 @@ OscCard::OscCard (MorvaneAudioProcessor& p, int index)
     addAndMakeVisible (dcwEnvelope);
 
     const int x = oscIndex - 1;
-    struct KnobSpec
+    struct KnobBinding
     {
         ostrel::widgets::Knob& knob;
         const char* label;
@@ -247,7 +247,7 @@ OscCard::OscCard (MorvaneAudioProcessor& p, int index)
         int destination;
         std::unique_ptr<juce::AudioProcessorValueTreeState::SliderAttachment>& attachment;
     };
-    KnobSpec specs[] = {
+    KnobBinding bindings[] = {
         { dcwKnob, "DCW", paramPrefix + "DcwDepth", "Phase distortion amount for this oscillator.", 4 + x, dcwAttachment },
         { levelKnob, "LEVEL", paramPrefix + "Level", "Oscillator level into the main filter.", 8 + x, levelAttachment },
         { morphKnob, "MORPH", "pdMorphAmount", "Morphs both PD oscillators toward the next wave shape.", 23, morphAttachment },
@@ -256,14 +256,14 @@ OscCard::OscCard (MorvaneAudioProcessor& p, int index)
     levelKnob.setValueFormatter (levelText);
     levelKnob.setCentreDetent (true, 0.5);
     morphKnob.setValueFormatter ([] (double v) { return formatPercent (v, false); });
-    for (auto& spec : specs)
+    for (auto& binding : bindings)
     {
-        spec.knob.setLabel (spec.label);
-        spec.knob.setTooltip (spec.tip);
-        if (state.getParameter (spec.parameterId) == nullptr)
+        binding.knob.setLabel (binding.label);
+        binding.knob.setTooltip (binding.tip);
+        if (state.getParameter (binding.parameterId) == nullptr)
             continue;
-        spec.attachment = std::make_unique<juce::AudioProcessorValueTreeState::SliderAttachment> (state, spec.parameterId, spec.knob);
-        matrix::wireKnob (spec.knob, processor, spec.parameterId, spec.destination);
+        binding.attachment = std::make_unique<juce::AudioProcessorValueTreeState::SliderAttachment> (state, binding.parameterId, binding.knob);
+        matrix::wireKnob (binding.knob, processor, binding.parameterId, binding.destination);
     }
     knobRow.setKnobs ({ &dcwKnob, &levelKnob, &morphKnob });
     addAndMakeVisible (knobRow);

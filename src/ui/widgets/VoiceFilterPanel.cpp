@@ -25,7 +25,7 @@ VoiceFilterPanel::VoiceFilterPanel (juce::AudioProcessorValueTreeState& s, Morva
     addAndMakeVisible (envelope);
     addAndMakeVisible (modelChoice);
 
-    struct KnobSpec
+    struct KnobBinding
     {
         Knob& knob;
         const char* label;
@@ -33,7 +33,7 @@ VoiceFilterPanel::VoiceFilterPanel (juce::AudioProcessorValueTreeState& s, Morva
         int destination;
         std::unique_ptr<juce::AudioProcessorValueTreeState::SliderAttachment>& attachment;
     };
-    KnobSpec specs[] = {
+    KnobBinding bindings[] = {
         { cutoffKnob, "CUTOFF", "filterCutoff", 1, cutoffAttachment },
         { resoKnob, "RESO", "filterReso", 14, resoAttachment },
         { phaseKnob, "PHASE", "phaseMix", 26, phaseAttachment },
@@ -46,13 +46,13 @@ VoiceFilterPanel::VoiceFilterPanel (juce::AudioProcessorValueTreeState& s, Morva
     for (auto* knob : { &resoKnob, &phaseKnob, &notchKnob })
         knob->setValueFormatter ([] (double v) { return formatPercent (v, true); });
     envKnob.setValueFormatter ([] (double v) { return formatSigned (v, 1, true, false, false) + " dB"; });
-    for (auto& spec : specs)
+    for (auto& binding : bindings)
     {
-        spec.knob.setLabel (spec.label);
-        if (state.getParameter (spec.parameterId) == nullptr)
+        binding.knob.setLabel (binding.label);
+        if (state.getParameter (binding.parameterId) == nullptr)
             continue;
-        spec.attachment = std::make_unique<juce::AudioProcessorValueTreeState::SliderAttachment> (state, spec.parameterId, spec.knob);
-        matrix::wireKnob (spec.knob, processor, spec.parameterId, spec.destination);
+        binding.attachment = std::make_unique<juce::AudioProcessorValueTreeState::SliderAttachment> (state, binding.parameterId, binding.knob);
+        matrix::wireKnob (binding.knob, processor, binding.parameterId, binding.destination);
     }
     for (auto* knob : { &cutoffKnob, &resoKnob, &phaseKnob, &notchKnob })
         addChildComponent (knob);

@@ -2,6 +2,7 @@
 
 #include "widgets/Widgets.h"
 
+#include "snapshot/ParameterOnlyProcessor.h"
 #include <juce_audio_processors/juce_audio_processors.h>
 
 #include <gtest/gtest.h>
@@ -68,10 +69,10 @@ inline const juce::ModifierKeys right { juce::ModifierKeys::rightButtonModifier 
 inline const juce::ModifierKeys alt { juce::ModifierKeys::altModifier };
 
 // A processor that only holds a few parameters for the controls to bind to.
-class ParameterHost : public juce::AudioProcessor
+class ParameterHost : public ParameterOnlyProcessor
 {
 public:
-    ParameterHost() : state(*this, nullptr, "HOST", layout()) {}
+    ParameterHost() : ParameterOnlyProcessor("HOST", layout()) {}
 
     static juce::AudioProcessorValueTreeState::ParameterLayout layout()
     {
@@ -87,26 +88,6 @@ public:
 
     juce::AudioParameterChoice& mode() { return *dynamic_cast<juce::AudioParameterChoice*>(state.getParameter("mode")); }
     float raw(const char* id) { return state.getRawParameterValue(id)->load(); }
-
-    const juce::String getName() const override { return "host"; }
-    void prepareToPlay(double, int) override {}
-    void releaseResources() override {}
-    using juce::AudioProcessor::processBlock;
-    void processBlock(juce::AudioBuffer<float>&, juce::MidiBuffer&) override {}
-    double getTailLengthSeconds() const override { return 0.0; }
-    bool acceptsMidi() const override { return false; }
-    bool producesMidi() const override { return false; }
-    juce::AudioProcessorEditor* createEditor() override { return nullptr; }
-    bool hasEditor() const override { return false; }
-    int getNumPrograms() override { return 1; }
-    int getCurrentProgram() override { return 0; }
-    void setCurrentProgram(int) override {}
-    const juce::String getProgramName(int) override { return {}; }
-    void changeProgramName(int, const juce::String&) override {}
-    void getStateInformation(juce::MemoryBlock&) override {}
-    void setStateInformation(const void*, int) override {}
-
-    juce::AudioProcessorValueTreeState state;
 };
 
 // Collects the texts and ids of a menu, submenus included.

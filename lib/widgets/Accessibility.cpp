@@ -52,4 +52,16 @@ std::unique_ptr<juce::AccessibilityHandler> makeValueAccessibility(juce::Compone
         juce::AccessibilityHandler::Interfaces { std::make_unique<ValueInterface>(std::move(value)) });
 }
 
+std::unique_ptr<juce::AccessibilityHandler> makeSliderAccessibility(juce::Slider& slider,
+                                                                    std::function<juce::String()> text)
+{
+    AccessibleValue access;
+    access.get = [&slider] { return slider.getValue(); };
+    access.set = [&slider](double v) { slider.setValue(v, juce::sendNotificationSync); };
+    access.text = std::move(text);
+    access.range = [&slider] { return slider.getRange(); };
+    access.step = slider.getInterval() > 0.0 ? slider.getInterval() : (slider.getMaximum() - slider.getMinimum()) * 0.01;
+    return makeValueAccessibility(slider, juce::AccessibilityRole::slider, std::move(access));
+}
+
 } // namespace ostrel::widgets

@@ -24,4 +24,9 @@ std::unique_ptr<juce::AccessibilityHandler> makeValueAccessibility(juce::Compone
                                                                    AccessibleValue value,
                                                                    juce::AccessibilityActions actions = {});
 
+// A juce::Slider whose painted text is its own: the slider's handler is private to it, so the
+// library's sliders hand screen readers the same formatted text through this one.
+std::unique_ptr<juce::AccessibilityHandler> makeSliderAccessibility(juce::Slider& slider,
+                                                                    std::function<juce::String()> text);
+
 } // namespace ostrel::widgets

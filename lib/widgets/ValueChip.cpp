@@ -149,16 +149,9 @@ void ValueChip::paint(juce::Graphics& g)
         drawRoleText(g, 5, formattedValue(), content, paletteColour(isEnabled() ? textPrimary : textDisabled), 36);
 }
 
-// The slider's own handler is private to it; this one reads the same formatted text.
 std::unique_ptr<juce::AccessibilityHandler> ValueChip::createAccessibilityHandler()
 {
-    AccessibleValue access;
-    access.get = [this] { return getValue(); };
-    access.set = [this](double v) { setValue(v, juce::sendNotificationSync); };
-    access.text = [this] { return formattedValue(); };
-    access.range = [this] { return getRange(); };
-    access.step = getInterval() > 0.0 ? getInterval() : (getMaximum() - getMinimum()) * 0.01;
-    return makeValueAccessibility(*this, juce::AccessibilityRole::slider, std::move(access));
+    return makeSliderAccessibility(*this, [this] { return formattedValue(); });
 }
 
 } // namespace ostrel::widgets

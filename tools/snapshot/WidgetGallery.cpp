@@ -2,6 +2,7 @@
 
 #include "widgets/Widgets.h"
 
+#include "snapshot/ParameterOnlyProcessor.h"
 #include <juce_audio_processors/juce_audio_processors.h>
 
 using namespace ostrel::widgets;
@@ -12,10 +13,10 @@ constexpr int sheetWidth = 1332;
 constexpr int margin = 12;
 
 // Choice controls bind to parameters; the gallery owns a few of its own.
-class GalleryParameters : public juce::AudioProcessor
+class GalleryParameters : public ParameterOnlyProcessor
 {
 public:
-    GalleryParameters() : state(*this, nullptr, "GALLERY", layout()) {}
+    GalleryParameters() : ParameterOnlyProcessor("GALLERY", layout()) {}
 
     static juce::AudioProcessorValueTreeState::ParameterLayout layout()
     {
@@ -34,26 +35,6 @@ public:
     }
 
     juce::AudioParameterChoice& choice(const char* id) { return *dynamic_cast<juce::AudioParameterChoice*>(state.getParameter(id)); }
-
-    const juce::String getName() const override { return "gallery"; }
-    void prepareToPlay(double, int) override {}
-    void releaseResources() override {}
-    using juce::AudioProcessor::processBlock;
-    void processBlock(juce::AudioBuffer<float>&, juce::MidiBuffer&) override {}
-    double getTailLengthSeconds() const override { return 0.0; }
-    bool acceptsMidi() const override { return false; }
-    bool producesMidi() const override { return false; }
-    juce::AudioProcessorEditor* createEditor() override { return nullptr; }
-    bool hasEditor() const override { return false; }
-    int getNumPrograms() override { return 1; }
-    int getCurrentProgram() override { return 0; }
-    void setCurrentProgram(int) override {}
-    const juce::String getProgramName(int) override { return {}; }
-    void changeProgramName(int, const juce::String&) override {}
-    void getStateInformation(juce::MemoryBlock&) override {}
-    void setStateInformation(const void*, int) override {}
-
-    juce::AudioProcessorValueTreeState state;
 };
 
 // A drop-down drawn open: the popup itself is a desktop window and cannot be drawn in place.

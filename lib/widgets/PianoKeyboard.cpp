@@ -203,8 +203,12 @@ void PianoKeyboard::paint(juce::Graphics& g)
 {
     g.setColour(paletteColour(surfacePanel));
     g.fillRect(getLocalBounds()); // not fillAll: that fills the whole clip, which may be wider
-    const auto white = paletteColour(textPrimary).withAlpha(0.92f).overlaidWith(paletteColour(surfaceRaised).withAlpha(0.06f));
-    const auto black = paletteColour(surfaceBase).darker(0.6f);
+    // Ivory and ebony whatever the theme: in a light palette the text colour is dark, so the keys
+    // take the lightest surface and the text colour instead.
+    const bool dark = WidgetTheme::current().dark;
+    const auto white = dark ? paletteColour(textPrimary).withAlpha(0.92f).overlaidWith(paletteColour(surfaceRaised).withAlpha(0.06f))
+                            : paletteColour(surfacePanel);
+    const auto black = dark ? paletteColour(surfaceBase).darker(0.6f) : paletteColour(textPrimary).brighter(0.15f);
 
     const int last = firstNote + noteCount;
     for (int note = firstNote; note < last; ++note)
@@ -212,7 +216,7 @@ void PianoKeyboard::paint(juce::Graphics& g)
             paintWhiteKey(g, note, white);
     for (int note = firstNote; note < last; ++note)
         if (isBlackKey(note))
-            paintBlackKey(g, note, black);
+            paintBlackKey(g, note, black, white);
 }
 
 void PianoKeyboard::paintWhiteKey(juce::Graphics& g, int note, juce::Colour white)
@@ -259,14 +263,16 @@ void PianoKeyboard::paintWhiteKey(juce::Graphics& g, int note, juce::Colour whit
     }
 }
 
-void PianoKeyboard::paintBlackKey(juce::Graphics& g, int note, juce::Colour black)
+void PianoKeyboard::paintBlackKey(juce::Graphics& g, int note, juce::Colour black, juce::Colour white)
 {
     const auto key = keyBounds(note);
     const auto box = juce::Rectangle<float>(key.getX() + 1.0f, 1.0f, std::max(key.getWidth() - 2.0f, 0.0f),
                                             std::max((float) getHeight() * 0.62f - 2.0f, 0.0f));
     const bool isPressed = pressed[(size_t) note];
 
-    auto fill = outOfScale(note) ? black.withMultipliedAlpha(0.55f) : black;
+    // Faded keys are mixed with the ivory, not see-through: the gap between two white keys must
+    // not show through and split the key in two.
+    auto fill = outOfScale(note) ? white.interpolatedWith(black, 0.55f).withAlpha(1.0f) : black;
     if (note == hoverNote && ! isPressed)
         fill = fill.brighter(0.18f);
     if (isPressed)

@@ -55,7 +55,7 @@ private:
     int whiteIndex(int note) const;
     bool outOfScale(int note) const { return isOutOfScale(note, scaleRoot, scaleMask); }
     void paintWhiteKey(juce::Graphics&, int note, juce::Colour white);
-    void paintBlackKey(juce::Graphics&, int note, juce::Colour black);
+    void paintBlackKey(juce::Graphics&, int note, juce::Colour black, juce::Colour white);
 
     int firstNote = 36, noteCount = 24;
     int heldNote = -1, hoverNote = -1;

@@ -57,8 +57,7 @@ Editor::Editor (MorvaneAudioProcessor& p, const juce::File& settingsFile)
     for (auto* c : { (juce::Component*) browseView.get(), (juce::Component*) &matrixSlideOut, (juce::Component*) &playOverlay,
                      (juce::Component*) &fxSlideOut, (juce::Component*) &settingsPanel })
         canvas.addChildComponent (c);
-    for (auto* panel : { (PlaceholderPanel*) &playOverlay })
-        panel->onClose = [this] { setActiveView (canvasViewCode); };
+    playOverlay.onClose = [this] { setActiveView (canvasViewCode); };
     matrixSlideOut.onClose = [this] { setActiveView (canvasViewCode); };
     settingsPanel.onClose = [this] { setActiveView (canvasViewCode); };
     fxSlideOut.onClose = [this] { setActiveView (canvasViewCode); };

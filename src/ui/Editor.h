@@ -8,7 +8,7 @@
 #include "ui/views/SingleCanvasView.h"
 #include "ui/widgets/FxSlideOut.h"
 #include "ui/widgets/MatrixSlideOut.h"
-#include "ui/widgets/OverlayPanels.h"
+#include "ui/widgets/PlayOverlay.h"
 #include "ui/widgets/SettingsPanel.h"
 #include "ui/widgets/StatusFooter.h"
 
@@ -109,7 +109,7 @@ private:
     widgets::StatusFooter footer;
     widgets::SettingsPanel settingsPanel;
     widgets::MatrixSlideOut matrixSlideOut { processor };
-    widgets::PlayOverlay playOverlay;
+    widgets::PlayOverlay playOverlay { processor };
     widgets::FxSlideOut fxSlideOut;
     std::unique_ptr<views::SingleCanvasView> canvasView;
     std::unique_ptr<views::BrowseView> browseView;

@@ -2,7 +2,6 @@
 
 #include "audio/PluginProcessor.h"
 #include "engine/ModLabels.h"
-#include "ui/PlaceholderPanel.h"
 #include "ui/theme/Tokens.h"
 #include "ui/theme/Typography.h"
 #include "ui/widgets/ActiveRoutes.h"
@@ -18,21 +17,13 @@ namespace morvane::ui::views
 {
 namespace
 {
-struct PanelPlace
-{
-    const char* title;
-    juce::Rectangle<int> bounds;
-};
-
-const PanelPlace places[SingleCanvasView::panelCount] = {
-    { "Osc 1", { 0, 0, 420, 312 } },      { "Osc link", { 432, 0, 204, 312 } },
-    { "Osc 2", { 648, 0, 420, 312 } },    { "Sub / noise", { 1080, 0, 204, 312 } },
-    { "Filter", { 0, 324, 528, 312 } },   { "Amp env", { 540, 324, 312, 312 } },
-    { "Drive", { 864, 324, 204, 312 } },  { "LFO", { 1080, 324, 204, 312 } },
+const juce::Rectangle<int> places[SingleCanvasView::panelCount] = {
+    { 0, 0, 420, 312 },   { 432, 0, 204, 312 },   { 648, 0, 420, 312 },   { 1080, 0, 204, 312 },
+    { 0, 324, 528, 312 }, { 540, 324, 312, 312 }, { 864, 324, 204, 312 }, { 1080, 324, 204, 312 },
 };
 }
 
-// Each panel of the voice, built for the processor; a panel not built yet is a titled plate.
+// Each panel of the voice, built for the processor.
 std::unique_ptr<juce::Component> SingleCanvasView::makePanel (Panel panel)
 {
     switch (panel)
@@ -44,9 +35,8 @@ std::unique_ptr<juce::Component> SingleCanvasView::makePanel (Panel panel)
         case filter: return std::make_unique<widgets::VoiceFilterPanel> (processor.getParameterTree(), processor);
         case amp: return std::make_unique<widgets::AmpEnvelopePanel> (processor.getParameterTree());
         case drive: return std::make_unique<widgets::DriveCard> (processor.getParameterTree(), processor);
-        case lfo: return std::make_unique<widgets::LfoCard> (processor.getParameterTree(), processor);
-        default:
-            return std::make_unique<PlaceholderPanel> (places[panel].title, 0, false);
+        case lfo:
+        default: return std::make_unique<widgets::LfoCard> (processor.getParameterTree(), processor);
     }
 }
 
@@ -62,7 +52,7 @@ SingleCanvasView::SingleCanvasView (MorvaneAudioProcessor& p) : processor (p)
 
 SingleCanvasView::~SingleCanvasView() = default;
 
-juce::Rectangle<int> SingleCanvasView::panelBounds (Panel p) { return places[(size_t) p].bounds; }
+juce::Rectangle<int> SingleCanvasView::panelBounds (Panel p) { return places[(size_t) p]; }
 
 SingleCanvasView::Panel SingleCanvasView::panelForDestination (int d) noexcept
 {
@@ -128,6 +118,6 @@ void SingleCanvasView::resized()
     if (getWidth() / 8 * 8 < 1 || getHeight() / 8 * 8 < 1)
         return;
     for (int i = 0; i < panelCount; ++i)
-        panels[(size_t) i]->setBounds (places[i].bounds);
+        panels[(size_t) i]->setBounds (places[i]);
 }
 }

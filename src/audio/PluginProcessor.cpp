@@ -208,12 +208,15 @@ void MorvaneAudioProcessor::handleController (int number, int value, int sampleP
         return;
     auto* parameter = parameterObjects[(size_t) index];
     const float normalised = std::clamp ((float) value * 0.007874016f, 0.0f, 1.0f);
-    const float real = parameter->convertFrom0to1 (normalised);
+    // The value the parameter tree itself holds once the timer reports `normalised` (the tree reads a
+    // parameter back through its normalised form), so the report, and a host handing it back, leave
+    // the sound exactly where the controller put it.
+    const float real = parameter->convertFrom0to1 (parameter->convertTo0to1 (parameter->convertFrom0to1 (normalised)));
     // The engine reads this atomic directly; the host hears of it from the timer.
     parameterValues[(size_t) index]->store (real);
     if (pendingNormalised != nullptr && index < pendingCount)
     {
-        pendingNormalised[(size_t) index].store (parameter->convertTo0to1 (real));
+        pendingNormalised[(size_t) index].store (normalised);
         pendingFlags[(size_t) index].store (1);
     }
 }

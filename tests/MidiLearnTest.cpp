@@ -71,6 +71,23 @@ TEST (MidiLearn, SkewedAndChoiceParametersFollowTheirRanges)
     EXPECT_FLOAT_EQ (r.raw ("filterModel"), 1.0f);
 }
 
+TEST (MidiLearn, TheHostIsToldExactlyTheValueTheSoundUses)
+{
+    // A host hands a reported value straight back as a parameter change; it must not move the sound.
+    Rig r;
+    r.p.startMidiLearn ("filterCutoff");
+    int moved = 0;
+    for (int v = 0; v < 128; ++v)
+    {
+        r.cc (20, v);
+        const float sounding = r.raw ("filterCutoff");
+        r.p.flushLearntControllers();
+        moved += r.raw ("filterCutoff") != sounding ? 1 : 0;
+        EXPECT_EQ (r.raw ("filterCutoff"), sounding) << "controller value " << v;
+    }
+    EXPECT_EQ (moved, 0);
+}
+
 TEST (MidiLearn, RebindingAndSharingAParameter)
 {
     Rig r;

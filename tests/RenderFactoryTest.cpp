@@ -50,6 +50,23 @@ TEST (RenderFactory, ListsTheBankAndRefusesUnknownNamesWithCloseOnes)
     EXPECT_FALSE (juce::File ("/tmp/never.wav").exists());
 }
 
+TEST (RenderFactory, ListsTheParametersInHostOrder)
+{
+    const auto list = runRenderer ({ "--list-parameters" });
+    EXPECT_EQ (list.exitCode, 0);
+    const auto lines = juce::StringArray::fromLines (list.out.trim());
+    morvane::MorvaneAudioProcessor processor;
+    const auto& parameters = processor.getParameters();
+    ASSERT_EQ (lines.size(), parameters.size());
+    EXPECT_EQ (lines.size(), 157);
+    for (int i = 0; i < parameters.size(); ++i)
+    {
+        const auto* ranged = dynamic_cast<const juce::RangedAudioParameter*> (parameters[i]);
+        ASSERT_NE (ranged, nullptr);
+        EXPECT_EQ (lines[i], juce::String (i) + "\t" + ranged->getParameterID() + "\t" + ranged->getName (1024));
+    }
+}
+
 TEST (RenderFactory, StateOutThenStateInReproducesTheRender)
 {
     const auto dir = juce::File::createTempFile ("").getSiblingFile ("morvane-render-state");

@@ -82,9 +82,10 @@ juce::String usageText()
            "  --state-in FILE  restore a saved plug-in state before rendering\n"
            "  --state-out FILE write the plug-in state after rendering\n"
            "\n"
-           "       morvane-render --list-factory\n"
+           "       morvane-render --list-factory | --list-parameters\n"
            "       morvane-render --audition DIR [--rate HZ] [--block SAMPLES]\n"
            "  --list-factory   one line per factory preset: category, name, xml, flagship mark\n"
+           "  --list-parameters one line per parameter in host order: index, id, name\n"
            "  --audition DIR   render every factory preset on one bass phrase into DIR/<xml stem>.wav\n"
            "                   and print peak, RMS, spectral centroid and loudness of each\n";
 }
@@ -226,6 +227,10 @@ ParseResult parseRenderOptions (const juce::StringArray& args)
         {
             o.listFactory = true;
         }
+        else if (arg == "--list-parameters")
+        {
+            o.listParameters = true;
+        }
         else if (arg == "--state-in" || arg == "--state-out" || arg == "--audition")
         {
             juce::String text;
@@ -243,7 +248,7 @@ ParseResult parseRenderOptions (const juce::StringArray& args)
 
     if (o.preset && o.factory.isNotEmpty())
         result.error = "use either --preset or --factory, not both";
-    else if (! haveOut && ! o.listFactory && ! o.audition)
+    else if (! haveOut && ! o.listFactory && ! o.listParameters && ! o.audition)
         result.error = "missing --out FILE.wav (see --help)";
     return result;
 }

@@ -27,6 +27,7 @@ struct RenderOptions
     std::optional<juce::File> preset;
     juce::String factory;                 // display name or xml file name
     bool listFactory = false;
+    bool listParameters = false;
     std::optional<juce::File> stateIn, stateOut;
     std::optional<juce::File> audition;   // directory for the whole bank
     std::vector<ParameterSetting> sets;

@@ -221,6 +221,19 @@ juce::AudioBuffer<float> renderEvents (MorvaneAudioProcessor& processor, const s
     return output;
 }
 
+int listParameters()
+{
+    MorvaneAudioProcessor processor;
+    const auto& parameters = processor.getParameters();
+    for (int i = 0; i < parameters.size(); ++i)
+    {
+        const auto* ranged = dynamic_cast<const juce::RangedAudioParameter*> (parameters[i]);
+        std::cout << i << "\t" << (ranged != nullptr ? ranged->getParameterID() : juce::String()) << "\t"
+                  << parameters[i]->getName (1024) << "\n";
+    }
+    return parameters.isEmpty() ? exitWriteFailed : exitOk;
+}
+
 int runRender (const RenderOptions& o)
 {
     MorvaneAudioProcessor processor;

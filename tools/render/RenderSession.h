@@ -19,6 +19,8 @@ int runRender (const RenderOptions& options);
 
 // The bank's own commands: a listing, and the audition of every preset on one phrase.
 int listFactory();
+// The processor's parameters in the order a host sees them: index, id and name, tab-separated.
+int listParameters();
 int runAudition (const juce::File& directory, double rate, int block);
 }
 

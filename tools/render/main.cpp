@@ -35,6 +35,8 @@ int main (int argc, char* argv[])
     const auto& o = parsed.options;
     if (o.listFactory)
         return morvane::render::listFactory();
+    if (o.listParameters)
+        return morvane::render::listParameters();
     if (o.audition)
         return morvane::render::runAudition (*o.audition, o.rate, o.block);
     return morvane::render::runRender (o);

@@ -1,4 +1,5 @@
 #include "engine/DriveShaper.h"
+#include "engine/FastMath.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,14 +12,14 @@ namespace
     inline float logCosh (float t) noexcept
     {
         const float a = std::abs (t);
-        return std::log ((std::exp (-2.0f * a) + 1.0f) * 0.5f) + a;
+        return fast::log ((fast::exp (-2.0f * a) + 1.0f) * 0.5f) + a;
     }
 
     inline float softShape (float x, float p, float g) noexcept
     {
         const float u = g * x, w = g * p;
         if (std::abs (u - w) < 0.001f)
-            return std::tanh (u) / g;
+            return fast::tanh (u) / g;
         return (logCosh (u) - logCosh (w)) / (g * (u - w));
     }
 
@@ -29,7 +30,7 @@ namespace
         float v = t;
         for (int i = 0; i < 2; ++i)
         {
-            const float e = std::exp (std::clamp (v * 38.461536f, -30.0f, 30.0f));
+            const float e = fast::exp (std::clamp (v * 38.461536f, -30.0f, 30.0f));
             const float r = 0.7f / e;
             v -= ((e - r) * 0.1f + (v - t)) / ((r + e) * 3.8461537f + 1.0f);
         }
@@ -40,7 +41,7 @@ namespace
     {
         const float a = (g - 1.0f) * 6.0f + 1.0f;
         const float u = a * x, w = a * p;
-        const float y = std::abs (u - w) < 0.0001f ? std::sin (u) : (std::cos (w) - std::cos (u)) / (u - w);
+        const float y = std::abs (u - w) < 0.0001f ? fast::sin (u) : (fast::cos (w) - fast::cos (u)) / (u - w);
         return y * 0.7f;
     }
 }
@@ -104,7 +105,7 @@ float DriveShaper::process (float x) noexcept
         lastInput = x;
         const float angle = (1.0f - (float) fadeCounter / (float) fadeLength) * 1.5707964f;
         --fadeCounter;
-        return std::cos (angle) * old + std::sin (angle) * y;
+        return fast::cos (angle) * old + fast::sin (angle) * y;
     }
     lastInput = x;
     return y;

@@ -203,7 +203,11 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         const float envAmount = sm (S::envAmount).getNextValue() * velToFilterScale;
         const float octaves = ((envAmount + sums[dest::filterEnv]) * filterEnvValue + sums[dest::cutoff]) * (1.0f / 12.0f);
         const float hz = std::clamp (cutoff.getNextValue() * fast::exp2 (octaves), 20.0f, 20000.0f);
-        const auto coefficients = VoiceFilter::coefficientsFor (hz, sampleRate * 2.0);
+        if (! (hz == cutoffKey))
+        {
+            cutoffKey = hz;
+            cutoffCoefficients = VoiceFilter::coefficientsFor (hz, sampleRate * 2.0);
+        }
         const float reso = std::clamp (sm (S::resonance).getNextValue() + sums[dest::resonance], 0.0f, 1.0f);
         const float phaseMixValue = std::clamp (sm (S::phaseMix).getNextValue() + sums[dest::phaseMix], 0.0f, 1.0f);
         const float phaseNotchValue = std::clamp (sm (S::phaseNotch).getNextValue() + sums[dest::phaseNotch], 0.0f, 1.0f);
@@ -212,7 +216,7 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
             for (int side = 0; side < 2; ++side)
             {
                 auto& filter = bank[(size_t) side];
-                filter.applyCutoff (coefficients);
+                filter.applyCutoff (cutoffCoefficients);
                 filter.setResonance (reso);
                 filter.setPhaseControls (phaseMixValue, phaseNotchValue, side == left ? -phaseStereoValue : phaseStereoValue);
             }

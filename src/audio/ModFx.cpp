@@ -80,8 +80,10 @@ float ModFx::phaserStep (float input, float s) noexcept
         auto& stage = stages[k];
         const float rate = (float) stage.sampleRate;
         const float fc = std::clamp (multiples[k] * f, 20.0f, 0.45f * rate);
-        const float t = fast::tan (fc * 3.1415927f / rate);
-        stage.coefficient = (t - 1.0f) / (t + 1.0f);
+        // (t - 1) / (t + 1) with t = tan (pi fc / rate), written as (sin - cos) / (sin + cos).
+        const float turns = 0.5f * fc / rate;
+        const float sine = fast::sin2pi (turns), cosine = fast::cos2pi (turns);
+        stage.coefficient = (sine - cosine) / (sine + cosine);
         // With (t - 1) / (t + 1) the pole sits at +|c|, so each stage turns a quarter cycle at fc.
         const float y = stage.coefficient * x + stage.lastInput - stage.coefficient * stage.lastOutput;
         stage.lastInput = x;

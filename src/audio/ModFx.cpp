@@ -1,4 +1,5 @@
 #include "audio/ModFx.h"
+#include "engine/FastMath.h"
 
 #include "audio/DelayRead.h"
 
@@ -37,7 +38,7 @@ float ModFx::process (float input) noexcept
     if (! enabled || mix <= 0.0f || line.buffer.empty())
         return input;
 
-    const float s = std::sin (lfoPhase + lfoOffset);
+    const float s = fast::sin (lfoPhase + lfoOffset);
     lfoPhase += rateHz * 6.2831855f / (float) sampleRate;
     if (lfoPhase >= 6.2831855f)
         lfoPhase -= 6.2831855f;
@@ -49,7 +50,7 @@ float ModFx::process (float input) noexcept
         {
             const float delayMs = depth * 3.5f * s + 4.0f;
             const float tap = line.read (delayMs * 0.001f * (float) sampleRate);
-            line.write (input + std::tanh (tap * feedback));
+            line.write (input + fast::tanh (tap * feedback));
             wet = tap;
             break;
         }
@@ -62,7 +63,7 @@ float ModFx::process (float input) noexcept
             const float tap = line.read (delayMs * 0.001f * (float) sampleRate);
             line.write (input);
             chorusLowpass += (tap - chorusLowpass) * chorusCoefficient;
-            wet = std::tanh (chorusLowpass * 1.2f) * 0.85f;
+            wet = fast::tanh (chorusLowpass * 1.2f) * 0.85f;
             break;
         }
     }
@@ -71,7 +72,7 @@ float ModFx::process (float input) noexcept
 
 float ModFx::phaserStep (float input, float s) noexcept
 {
-    const float f = std::exp (depth * 1.245f * s + 6.765f);
+    const float f = fast::exp (depth * 1.245f * s + 6.765f);
     constexpr float multiples[] = { 0.5f, 0.85f, 1.2f, 1.6f };
     float x = feedback * phaserLast + input;
     for (size_t k = 0; k < stages.size(); ++k)
@@ -79,8 +80,10 @@ float ModFx::phaserStep (float input, float s) noexcept
         auto& stage = stages[k];
         const float rate = (float) stage.sampleRate;
         const float fc = std::clamp (multiples[k] * f, 20.0f, 0.45f * rate);
-        const float t = std::tan (fc * 3.1415927f / rate);
-        stage.coefficient = (t - 1.0f) / (t + 1.0f);
+        // (t - 1) / (t + 1) with t = tan (pi fc / rate), written as (sin - cos) / (sin + cos).
+        const float turns = 0.5f * fc / rate;
+        const float sine = fast::sin2pi (turns), cosine = fast::cos2pi (turns);
+        stage.coefficient = (sine - cosine) / (sine + cosine);
         // With (t - 1) / (t + 1) the pole sits at +|c|, so each stage turns a quarter cycle at fc.
         const float y = stage.coefficient * x + stage.lastInput - stage.coefficient * stage.lastOutput;
         stage.lastInput = x;

@@ -1,4 +1,5 @@
 #include "audio/PlateReverb.h"
+#include "engine/FastMath.h"
 
 #include <juce_core/juce_core.h>
 
@@ -171,8 +172,8 @@ void PlateReverb::process (float& left, float& right) noexcept
     if (lfoPhase >= 6.2831855f)
         lfoPhase -= 6.2831855f;
     const float depth = rateRatio * 8.0f;
-    const float excursion1 = std::sin (lfoPhase) * depth;
-    const float excursion2 = std::sin (lfoPhase + 2.094f) * depth;
+    const float excursion1 = fast::sin (lfoPhase) * depth;
+    const float excursion2 = fast::sin (lfoPhase + 2.094f) * depth;
 
     const float out1 = tankStep (tanks[0], in1, excursion1);
     const float out2 = tankStep (tanks[1], in2, excursion2);

@@ -1,4 +1,5 @@
 #include "audio/StereoDelay.h"
+#include "engine/FastMath.h"
 
 #include "audio/DelayRead.h"
 
@@ -70,13 +71,13 @@ void StereoDelay::process (float& left, float& right) noexcept
     const float yLeft = (toneLeft + dcOutputLeft - dcInputLeft) * dcCoefficient;
     dcInputLeft = toneLeft;
     dcOutputLeft = yLeft;
-    const float feedLeft = std::tanh (yLeft);
+    const float feedLeft = fast::tanh (yLeft);
 
     toneRight += (tapRight - toneRight) * toneCoefficient;
     const float yRight = (toneRight + dcOutputRight - dcInputRight) * dcCoefficient;
     dcInputRight = toneRight;
     dcOutputRight = yRight;
-    const float feedRight = std::tanh (yRight);
+    const float feedRight = fast::tanh (yRight);
 
     if (pingPong)
     {

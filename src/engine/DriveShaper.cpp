@@ -1,4 +1,5 @@
 #include "engine/DriveShaper.h"
+#include "engine/FastMath.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,15 +12,24 @@ namespace
     inline float logCosh (float t) noexcept
     {
         const float a = std::abs (t);
-        return std::log ((std::exp (-2.0f * a) + 1.0f) * 0.5f) + a;
+        return fast::log ((fast::exp (-2.0f * a) + 1.0f) * 0.5f) + a;
     }
 
-    inline float softShape (float x, float p, float g) noexcept
+    template <typename Fn>
+    inline float recall (DriveShaper::Memo& memo, float t, Fn&& f) noexcept
+    {
+        if (t != memo.at)
+            memo = { t, f (t) };
+        return memo.value;
+    }
+
+    inline float softShape (float x, float p, float g, DriveShaper::Memo& memo) noexcept
     {
         const float u = g * x, w = g * p;
         if (std::abs (u - w) < 0.001f)
-            return std::tanh (u) / g;
-        return (logCosh (u) - logCosh (w)) / (g * (u - w));
+            return fast::tanh (u) / g;
+        const float far = recall (memo, w, logCosh);
+        return (recall (memo, u, logCosh) - far) / (g * (u - w));
     }
 
     // Two Newton steps on a back-to-back diode pair (Vt 0.026, asymmetry 0.7), from the input.
@@ -29,19 +39,22 @@ namespace
         float v = t;
         for (int i = 0; i < 2; ++i)
         {
-            const float e = std::exp (std::clamp (v * 38.461536f, -30.0f, 30.0f));
+            const float e = fast::exp (std::clamp (v * 38.461536f, -30.0f, 30.0f));
             const float r = 0.7f / e;
             v -= ((e - r) * 0.1f + (v - t)) / ((r + e) * 3.8461537f + 1.0f);
         }
         return 2.0f / std::max (g, 1.0f) * v * 0.9f;
     }
 
-    inline float foldShape (float x, float p, float g) noexcept
+    inline float foldShape (float x, float p, float g, DriveShaper::Memo& memo) noexcept
     {
         const float a = (g - 1.0f) * 6.0f + 1.0f;
         const float u = a * x, w = a * p;
-        const float y = std::abs (u - w) < 0.0001f ? std::sin (u) : (std::cos (w) - std::cos (u)) / (u - w);
-        return y * 0.7f;
+        if (std::abs (u - w) < 0.0001f)
+            return fast::sin (u) * 0.7f;
+        const auto cosine = [] (float t) { return fast::cos (t); };
+        const float far = recall (memo, w, cosine);
+        return (far - recall (memo, u, cosine)) / (u - w) * 0.7f;
     }
 }
 
@@ -77,13 +90,19 @@ void DriveShaper::changeMode (int newMode) noexcept
 
 float DriveShaper::shape (int m, float x, float p, float g) noexcept
 {
+    Memo soft, fold;
+    return shape (m, x, p, g, soft, fold);
+}
+
+float DriveShaper::shape (int m, float x, float p, float g, Memo& softMemo, Memo& foldMemo) noexcept
+{
     if (g <= 1.000001f)
         return x;
     switch (m)
     {
         case diode: return diodeShape (x, g);
-        case fold:  return foldShape (x, p, g);
-        default:    return softShape (x, p, g);
+        case fold:  return foldShape (x, p, g, foldMemo);
+        default:    return softShape (x, p, g, softMemo);
     }
 }
 
@@ -97,14 +116,14 @@ float DriveShaper::autoMakeup (int m, float driveDb) noexcept
 
 float DriveShaper::process (float x) noexcept
 {
-    const float y = shape (mode, x, lastInput, gain);
+    const float y = shape (mode, x, lastInput, gain, softMemo, foldMemo);
     if (fadeCounter > 0)
     {
-        const float old = shape (previousMode, x, lastInput, gain);
+        const float old = shape (previousMode, x, lastInput, gain, softMemo, foldMemo);
         lastInput = x;
         const float angle = (1.0f - (float) fadeCounter / (float) fadeLength) * 1.5707964f;
         --fadeCounter;
-        return std::cos (angle) * old + std::sin (angle) * y;
+        return fast::cos (angle) * old + fast::sin (angle) * y;
     }
     lastInput = x;
     return y;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <limits>
+
 namespace morvane
 {
 // One waveshaper of the drive stages: "soft", "diode" or "fold", with antiderivative memory
@@ -25,7 +27,20 @@ struct DriveShaper
     // The curve alone: p is the previous input, g the linear drive gain.
     static float shape (int mode, float x, float p, float g) noexcept;
 
+    // An antiderivative's value at one point. Each sample's far end is the previous sample's near
+    // end, so while the gain holds, half of the transcendental work is a lookup.
+    struct Memo
+    {
+        float at = std::numeric_limits<float>::quiet_NaN();
+        float value = 0.0f;
+    };
+
     // The auto makeup of a mode for d dB of drive, as a linear gain.
     static float autoMakeup (int mode, float driveDb) noexcept;
+
+private:
+    Memo softMemo, foldMemo;
+
+    static float shape (int mode, float x, float p, float g, Memo& soft, Memo& fold) noexcept;
 };
 }

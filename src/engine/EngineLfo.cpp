@@ -1,4 +1,5 @@
 #include "engine/EngineLfo.h"
+#include "engine/FastMath.h"
 
 #include <algorithm>
 #include <cmath>
@@ -53,7 +54,7 @@ float EngineLfo::wave() const noexcept
     float wave;
     switch (shape)
     {
-        case sine: wave = std::sin (6.2831855f * p); break;
+        case sine: wave = fast::sin2pi (p); break;
         case tri:  wave = p < 0.5f ? 4.0f * p - 1.0f : 3.0f - 4.0f * p; break;
         case sqr:  wave = p < 0.5f ? 1.0f : -1.0f; break;
         default:   wave = heldValue; break;

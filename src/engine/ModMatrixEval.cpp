@@ -1,4 +1,5 @@
 #include "engine/ModMatrixEval.h"
+#include "engine/FastMath.h"
 
 #include <cmath>
 
@@ -72,6 +73,6 @@ float sumGainFactor (float sumDb) noexcept
 {
     if (sumDb == 0.0f)
         return 1.0f;
-    return sumDb <= -90.0f ? 0.0f : std::pow (10.0f, sumDb * 0.05f);
+    return sumDb <= -90.0f ? 0.0f : fast::dbToGain (sumDb);
 }
 }

@@ -88,11 +88,12 @@ float PdOscillator::process() noexcept
     {
         const float w = pulseWidth;
         y = (w > phase ? 1.0f : -1.0f) - (1.0f - 2.0f * w);
-        y += 2.0f * blep (phase, increment);
+        // The polynomial spans a step of 2, the full height of each edge.
+        y += blep (phase, increment);
         float t = phase - w;
         if (t < 0.0f)
             t += 1.0f;
-        y -= 2.0f * blep (t, increment);
+        y -= blep (t, increment);
     }
     else
     {
@@ -110,8 +111,9 @@ float PdOscillator::process() noexcept
 
     if (synced && std::abs (syncStep) > 1.0e-9f)
     {
-        y += blep (phase, increment) * syncStep;
-        pendingStep = -syncStep;
+        // Halved: the polynomial spans a step of 2.
+        y += blep (phase, increment) * 0.5f * syncStep;
+        pendingStep = -0.5f * syncStep;
     }
     else if (pendingStep != 0.0f)
     {

@@ -1,4 +1,5 @@
 #include "engine/SubOscillator.h"
+#include "engine/FastMath.h"
 
 #include "engine/WaveShape.h"
 
@@ -32,7 +33,7 @@ void SubOscillator::resetPhase() noexcept
 
 float SubOscillator::valueAt (float p) const noexcept
 {
-    return usePd ? waveShape (wave, p, dcw, 16.0f) * rmsGain : std::sin (6.2831855f * p);
+    return usePd ? waveShape (wave, p, dcw, 16.0f) * rmsGain : fast::sin2pi (p);
 }
 
 float SubOscillator::process() noexcept

@@ -48,6 +48,7 @@ void VoiceEngine::prepare (double newSampleRate, int maximumBlockSize)
     noteRandom = 0.0f;
     smoothRandom.prepare (sampleRate);
     beatPhase = 0.0f;
+    cutoffKey = std::numeric_limits<float>::quiet_NaN();
     drift.prepare (sampleRate);
 
     for (auto& b : mixBlockers)

@@ -220,6 +220,9 @@ private:
         }
     };
     CachedExp subRatioCache, driveGainCache, makeupCache, toneCache;
+    // The filters' cut-off coefficients, worked out again only when the cut-off moves.
+    float cutoffKey = std::numeric_limits<float>::quiet_NaN();
+    CutoffCoefficients cutoffCoefficients {};
     std::array<CachedExp, 3> bandGainCaches;
     int makeupCacheMode = -1;
 };

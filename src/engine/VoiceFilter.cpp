@@ -1,4 +1,5 @@
 #include "engine/VoiceFilter.h"
+#include "engine/FastMath.h"
 
 #include <algorithm>
 #include <cmath>
@@ -30,7 +31,7 @@ float LadderModel::process (float x) noexcept
 {
     const float S = k == 0.0f ? 0.0f : predictedOutput (g, s1, s2, s3, s4);
     // Without resonance the feedback term is exactly 0: skip its tanh.
-    const float u = k == 0.0f ? x : (1.0f + 0.5f * k) * x - k * std::tanh (S);
+    const float u = k == 0.0f ? x : (1.0f + 0.5f * k) * x - k * fast::tanh (S);
     return fourStages (u, g, s1, s2, s3, s4);
 }
 
@@ -41,7 +42,7 @@ float DiodeModel::process (float x) noexcept
     {
         const float S = predictedOutput (g, s1, s2, s3, s4);
         // The two directions limit differently.
-        const float t = S >= 0.0f ? std::tanh (S) : 0.85f * std::tanh (S / 0.85f);
+        const float t = S >= 0.0f ? fast::tanh (S) : 0.85f * fast::tanh (S / 0.85f);
         u = x - k * t;
     }
     const float y4 = fourStages (u, g, s1, s2, s3, s4);
@@ -51,7 +52,7 @@ float DiodeModel::process (float x) noexcept
 
 float StateModel::process (float x) noexcept
 {
-    const float u = k == 0.0f ? x : x - k * std::tanh (s4);
+    const float u = k == 0.0f ? x : x - k * fast::tanh (s4);
     return 0.85f * fourStages (u, g, s1, s2, s3, s4);
 }
 
@@ -106,7 +107,7 @@ CutoffCoefficients VoiceFilter::coefficientsFor (float hz, double oversampledRat
 {
     const float r = (float) (oversampledRate > 0.0 ? oversampledRate : 44100.0);
     const float limited = std::clamp (hz, 20.0f, 0.45f * r);
-    return { std::tan (limited * pi / r), std::clamp (188.49556f / r, 0.0f, 1.0f), limited };
+    return { fast::tan (limited * pi / r), std::clamp (188.49556f / r, 0.0f, 1.0f), limited };
 }
 
 void VoiceFilter::applyCutoff (const CutoffCoefficients& c) noexcept

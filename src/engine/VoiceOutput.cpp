@@ -44,8 +44,12 @@ void VoiceEngine::outputStage (juce::AudioBuffer<float>& buffer, int start, int 
         for (auto& eq : postEqs)
         {
             eq.enabled = controls.eqEnabled;
-            eq.setTilt (controls.tilt);
-            eq.setNotch (controls.notchHz, controls.notchDepth);
+            // A disabled EQ filters nothing, so it is designed when it comes back.
+            if (eq.enabled)
+            {
+                eq.setTilt (controls.tilt);
+                eq.setNotch (controls.notchHz, controls.notchDepth);
+            }
         }
         l = postEqs[Side::left].process (l);
         r = postEqs[Side::right].process (r);

@@ -1,4 +1,5 @@
 #include "engine/VoiceEngine.h"
+#include "engine/FastMath.h"
 
 #include "engine/ModMatrixEval.h"
 
@@ -11,7 +12,8 @@ namespace
 {
     constexpr float feedbackLimit = 4.0f;
 
-    // 2^(semitones / 12), exactly 1 at 0 so that an untouched control costs no pow.
+    // 2^(semitones / 12), exactly 1 at 0 so that an untouched control costs no pow. Pitch keeps
+    // the library's exp2: a frequency error of 1e-7 grows into audible phase drift over a note.
     inline float semitoneRatio (float semitones) noexcept
     {
         return semitones == 0.0f ? 1.0f : std::exp2 (semitones * (1.0f / 12.0f));
@@ -101,7 +103,7 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         sources[9] = ampEnvValue;
         sources[10] = noteRandom;
         sources[11] = smoothRandomValue;
-        sources[12] = sourceInUse[12] ? std::sin (6.2831855f * beatPhase) : 0.0f;
+        sources[12] = sourceInUse[12] ? fast::sin2pi (beatPhase) : 0.0f;
 
         // 6. Matrix.
         evaluateMatrix (slots, sources, sums, slotOutputs);
@@ -126,9 +128,10 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         }
         else
         {
-            const float r = std::exp2 ((detuneCents + sums[dest::osc2Detune]) * 0.00083333335f);
+            const float octaves = (detuneCents + sums[dest::osc2Detune]) * 0.00083333335f;
+            const float r = std::exp2 (octaves);
             fHigh = r * f + beat;
-            fLow = (w == 1.0f ? r : std::pow (r, w)) * f + w * beat;
+            fLow = (w == 1.0f ? r : std::exp2 (w * octaves)) * f + w * beat;
         }
         beatPhase += std::abs (fHigh - fLow) / (float) sampleRate;
         if (beatPhase >= 1.0f)
@@ -199,8 +202,12 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         // 14. Filter controls: one cut-off for every filter, so its coefficients are worked out once.
         const float envAmount = sm (S::envAmount).getNextValue() * velToFilterScale;
         const float octaves = ((envAmount + sums[dest::filterEnv]) * filterEnvValue + sums[dest::cutoff]) * (1.0f / 12.0f);
-        const float hz = std::clamp (cutoff.getNextValue() * std::exp2 (octaves), 20.0f, 20000.0f);
-        const auto coefficients = VoiceFilter::coefficientsFor (hz, sampleRate * 2.0);
+        const float hz = std::clamp (cutoff.getNextValue() * fast::exp2 (octaves), 20.0f, 20000.0f);
+        if (! (hz == cutoffKey))
+        {
+            cutoffKey = hz;
+            cutoffCoefficients = VoiceFilter::coefficientsFor (hz, sampleRate * 2.0);
+        }
         const float reso = std::clamp (sm (S::resonance).getNextValue() + sums[dest::resonance], 0.0f, 1.0f);
         const float phaseMixValue = std::clamp (sm (S::phaseMix).getNextValue() + sums[dest::phaseMix], 0.0f, 1.0f);
         const float phaseNotchValue = std::clamp (sm (S::phaseNotch).getNextValue() + sums[dest::phaseNotch], 0.0f, 1.0f);
@@ -209,7 +216,7 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
             for (int side = 0; side < 2; ++side)
             {
                 auto& filter = bank[(size_t) side];
-                filter.applyCutoff (coefficients);
+                filter.applyCutoff (cutoffCoefficients);
                 filter.setResonance (reso);
                 filter.setPhaseControls (phaseMixValue, phaseNotchValue, side == left ? -phaseStereoValue : phaseStereoValue);
             }
@@ -226,7 +233,7 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         controls.eqEnabled = params.on (P::postEqEnable);
         controls.tilt = std::clamp (sm (S::tilt).getNextValue(), -12.0f, 12.0f);
         const float notchSum = sums[dest::eqNotchHz];
-        controls.notchHz = std::clamp (notchHz.getNextValue() * (notchSum != 0.0f ? std::exp2 (notchSum * (1.0f / 12.0f)) : 1.0f),
+        controls.notchHz = std::clamp (notchHz.getNextValue() * (notchSum != 0.0f ? fast::exp2 (notchSum * (1.0f / 12.0f)) : 1.0f),
                                        50.0f, 12000.0f);
         controls.notchDepth = std::clamp (sm (S::notchDepth).getNextValue(), 0.0f, 1.0f);
 
@@ -289,7 +296,7 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
             {
                 const float x = (1.0f - (float) routingFadeCounter / (float) routingFadeLength) * 1.5707964f;
                 const float oldSend = previousSubRouting == postFilter ? 0.0f : send;
-                const float c = std::cos (x), s = std::sin (x);
+                const float c = fast::cos (x), s = fast::sin (x);
                 postNow = (1.0f - oldSend) * c + postShare * s;
                 sendNow = oldSend * c + send * s;
                 if (--routingFadeCounter == 0)
@@ -308,7 +315,7 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
             if (positionFadeCounter > 0)
             {
                 const float x = (1.0f - (float) positionFadeCounter / (float) positionFadeLength) * 1.5707964f;
-                const float c = std::cos (x), s = std::sin (x);
+                const float c = fast::cos (x), s = fast::sin (x);
                 l = c * driveAndFilter (0, Side::left, l, previousDrivePosition)
                 + s * driveAndFilter (1, Side::left, l, drivePosition);
                 r = c * driveAndFilter (0, Side::right, r, previousDrivePosition)

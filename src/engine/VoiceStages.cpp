@@ -122,6 +122,17 @@ void VoiceEngine::updateMultiband (int voiceDriveMode) noexcept
                               sm (S::mbdHigh).getNextValue() + sums[dest::mbdHigh] };
     const float lowHz = std::clamp (lowCross.getNextValue(), 60.0f, 600.0f);
     const float highHz = std::clamp (highCross.getNextValue(), 800.0f, 8000.0f);
+
+    for (auto& m : multiband)
+    {
+        m.enabled = enabled;
+        m.mix = mix;
+    }
+    // A bypassed multiband runs no band, so its settings can wait until it is heard; the smoothers
+    // above have moved on all the same.
+    if (! enabled || mix <= 0.0f)
+        return;
+
     const int modeParameters[] = { params.index (P::mbdLowMode), params.index (P::mbdMidMode), params.index (P::mbdHighMode) };
 
     for (int b = 0; b < MultibandDrive::numBands; ++b)
@@ -141,8 +152,6 @@ void VoiceEngine::updateMultiband (int voiceDriveMode) noexcept
 
     for (auto& m : multiband)
     {
-        m.enabled = enabled;
-        m.mix = mix;
         m.lowCrossover.setFrequency (lowHz);
         m.highCrossover.setFrequency (highHz);
     }

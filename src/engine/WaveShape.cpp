@@ -1,4 +1,5 @@
 #include "engine/WaveShape.h"
+#include "engine/FastMath.h"
 
 #include <algorithm>
 #include <cmath>
@@ -37,47 +38,47 @@ float waveShape (int wave, float phase, float dcw, float resonanceRatio)
         case 0:
         {
             const float k = std::clamp (0.5f - 0.5f * d, 0.01f, 0.5f);
-            return std::cos (twoPi * knee (p, k));
+            return fast::cos2pi (knee (p, k));
         }
         case 1:
         {
-            const float s = std::clamp (std::pow (d, 0.25f), 0.0f, 0.999f);
+            const float s = std::clamp (std::sqrt (std::sqrt (d)), 0.0f, 0.999f);
             const float u = frac (2.0f * p + 1.0f);
             const float q = u - std::min (s / (1.0f - s) * (1.0f - u), u) + (p >= 0.5f ? 1.0f : 0.0f);
-            return std::cos (pi * q);
+            return fast::cos2pi (0.5f * q);
         }
         case 2:
         {
             const float s = std::clamp (d, 0.0f, 0.99f);
             const float q = p - std::min (s / (1.0f - s) * (1.0f - p), p);
-            return std::cos (twoPi * q);
+            return fast::cos2pi (q);
         }
         case 3:
         {
             const float k = std::clamp (0.5f - 0.49f * d, 0.01f, 0.5f);
-            return std::cos (fourPi * knee (p, k));
+            return fast::cos2pi (2.0f * knee (p, k));
         }
         case 4:
         {
             const float k = std::clamp (0.5f - 0.5f * d, 0.01f, 0.5f);
             const float q = p < 0.5f ? p : std::min ((p - 0.5f) * 0.5f / k + 0.5f, 1.0f);
-            return std::cos (twoPi * q);
+            return fast::cos2pi (q);
         }
         case 5:
         {
             const float u = frac (resonanceMultiple (d, resonanceRatio) * p);
-            return 1.0f - (0.5f - 0.5f * std::cos (twoPi * u)) * 2.0f * (1.0f - p);
+            return 1.0f - (0.5f - 0.5f * fast::cos2pi (u)) * 2.0f * (1.0f - p);
         }
         case 6:
         {
             const float u = frac (resonanceMultiple (d, resonanceRatio) * p);
             const float w = p < 0.5f ? 2.0f * p : 2.0f - 2.0f * p;
-            return 2.0f * w * (0.5f * std::cos (twoPi * u) + 0.5f) - 1.0f;
+            return 2.0f * w * (0.5f * fast::cos2pi (u) + 0.5f) - 1.0f;
         }
         case 7:
         {
             const float u = frac (resonanceMultiple (d, resonanceRatio) * p);
-            return std::sin (twoPi * u) * std::min (2.0f * (1.0f - p), 1.0f);
+            return fast::sin2pi (u) * std::min (2.0f * (1.0f - p), 1.0f);
         }
         case 8:
             return p < 0.5f ? 1.0f : -1.0f;
@@ -85,7 +86,7 @@ float waveShape (int wave, float phase, float dcw, float resonanceRatio)
         {
             const float u = frac (resonanceMultiple (d, resonanceRatio) * p);
             const float w = p < 0.5f ? 1.0f - 2.0f * p : 2.0f * (p - 0.5f);
-            return std::cos (twoPi * u) * w;
+            return fast::cos2pi (u) * w;
         }
         default:
             return 0.0f;

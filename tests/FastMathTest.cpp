@@ -1,0 +1,92 @@
+#include "engine/FastMath.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+
+using namespace morvane;
+
+namespace
+{
+// Largest absolute and relative error of f against the double reference over [from, to].
+struct Errors { double absolute = 0.0, relative = 0.0; };
+
+Errors sweep (float from, float to, const std::function<float (float)>& f, const std::function<double (double)>& reference)
+{
+    Errors e;
+    constexpr int points = 200001;
+    for (int i = 0; i < points; ++i)
+    {
+        const float x = from + (to - from) * (float) i / (float) (points - 1);
+        const double want = reference ((double) x);
+        const double err = std::abs ((double) f (x) - want);
+        e.absolute = std::max (e.absolute, err);
+        if (std::abs (want) > 1.0e-30)
+            e.relative = std::max (e.relative, err / std::abs (want));
+    }
+    return e;
+}
+}
+
+// A float path resolves about 6e-8 of full scale; the approximations stay within a few of those,
+// far below the -60 dB a listener could begin to tell on these signals.
+TEST (FastMath, SineAndCosineOfTurns)
+{
+    const auto s = sweep (-3.0f, 3.0f, fast::sin2pi, [] (double t) { return std::sin (6.283185307179586 * t); });
+    const auto c = sweep (-3.0f, 3.0f, fast::cos2pi, [] (double t) { return std::cos (6.283185307179586 * t); });
+    EXPECT_LT (s.absolute, 6.0e-7);
+    EXPECT_LT (c.absolute, 6.0e-7);
+    EXPECT_EQ (fast::sin2pi (0.0f), 0.0f);
+    EXPECT_NEAR (fast::cos2pi (0.0f), 1.0f, 6.0e-8f);
+    EXPECT_NEAR (fast::cos2pi (0.5f), -1.0f, 6.0e-8f);
+}
+
+TEST (FastMath, SineAndCosineOfRadians)
+{
+    EXPECT_LT (sweep (-20.0f, 20.0f, [] (float x) { return fast::sin (x); }, [] (double x) { return std::sin (x); }).absolute, 2.0e-6);
+    EXPECT_LT (sweep (-20.0f, 20.0f, [] (float x) { return fast::cos (x); }, [] (double x) { return std::cos (x); }).absolute, 2.0e-6);
+}
+
+// Filters design with tan (pi f / rate) for f up to 0.45 of the rate.
+TEST (FastMath, TangentForFilterDesign)
+{
+    const auto e = sweep (0.0f, 0.45f * 3.1415927f, [] (float x) { return fast::tan (x); }, [] (double x) { return std::tan (x); });
+    EXPECT_LT (e.relative, 2.0e-6);
+}
+
+TEST (FastMath, Exponentials)
+{
+    EXPECT_LT (sweep (-100.0f, 100.0f, [] (float x) { return fast::exp2 (x); }, [] (double x) { return std::exp2 (x); }).relative, 4.0e-7);
+    EXPECT_LT (sweep (-60.0f, 60.0f, [] (float x) { return fast::exp (x); }, [] (double x) { return std::exp (x); }).relative, 4.0e-6);
+    EXPECT_LT (sweep (-120.0f, 40.0f, [] (float x) { return fast::dbToGain (x); }, [] (double x) { return std::pow (10.0, x / 20.0); }).relative, 4.0e-6);
+    EXPECT_EQ (fast::exp2 (0.0f), 1.0f);
+    EXPECT_EQ (fast::exp2 (-200.0f), 0.0f);
+    EXPECT_TRUE (std::isinf (fast::exp2 (200.0f)));
+    EXPECT_TRUE (std::isnan (fast::exp2 (std::nanf (""))));
+}
+
+TEST (FastMath, Logarithm)
+{
+    const auto reference = [] (double x) { return std::log (x); };
+    const auto f = [] (float x) { return fast::log (x); };
+    EXPECT_LT (sweep (0.5f, 2.0f, f, reference).absolute, 1.5e-7);
+    EXPECT_LT (sweep (1.0e-30f, 0.4f, f, reference).relative, 2.0e-7);
+    EXPECT_LT (sweep (2.5f, 1.0e30f, f, reference).relative, 2.0e-7);
+    EXPECT_EQ (fast::log (1.0f), 0.0f);
+    EXPECT_TRUE (std::isinf (fast::log (0.0f)));
+}
+
+TEST (FastMath, HyperbolicTangent)
+{
+    const auto e = sweep (-12.0f, 12.0f, [] (float x) { return fast::tanh (x); }, [] (double x) { return std::tanh (x); });
+    EXPECT_LT (e.absolute, 2.0e-7);
+    EXPECT_LT (e.relative, 4.0e-7);
+    EXPECT_EQ (fast::tanh (0.0f), 0.0f);
+    EXPECT_EQ (fast::tanh (1.0e-20f), 1.0e-20f);
+    EXPECT_EQ (fast::tanh (50.0f), 1.0f);
+    EXPECT_EQ (fast::tanh (-50.0f), -1.0f);
+    // Odd, as the saturators rely on.
+    for (float x : { 0.1f, 0.7f, 2.5f, 8.0f })
+        EXPECT_EQ (fast::tanh (-x), -fast::tanh (x));
+}

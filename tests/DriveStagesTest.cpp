@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 #include <vector>
@@ -87,6 +88,32 @@ TEST (DriveShaper, DiodeIsBoundedAndAsymmetric)
             }
         }
     }
+}
+
+// The diode's curve is read from a table: it must still be the two Newton steps on the pair.
+TEST (DriveShaper, DiodeIsTwoNewtonStepsOnTheDiodePair)
+{
+    const auto reference = [] (double x, double g)
+    {
+        const double t = 0.5 * g * x;
+        double v = t;
+        for (int i = 0; i < 2; ++i)
+        {
+            const double e = std::exp (std::clamp (v * 38.461536, -30.0, 30.0));
+            const double r = 0.7 / e;
+            v -= ((e - r) * 0.1 + (v - t)) / ((r + e) * 3.8461537 + 1.0);
+        }
+        return 2.0 / std::max (g, 1.0) * v * 0.9;
+    };
+    double worst = 0.0;
+    for (float g : { 1.5f, 2.0f, 4.0f, 15.8f })
+        for (int i = -4000; i <= 4000; ++i)
+        {
+            const float x = 0.0003f * (float) i + 0.0000137f; // off the table's grid
+            const double want = reference (x, g);
+            worst = std::max (worst, std::abs ((double) DriveShaper::shape (DriveShaper::diode, x, 0.0f, g) - want));
+        }
+    EXPECT_LT (worst, 2.0e-7);
 }
 
 TEST (DriveShaper, FoldFollowsTheAntiderivativeOfASine)

@@ -279,3 +279,32 @@ TEST (PdOscillator, PhaseResetCrossfadesWithoutAJump)
     EXPECT_EQ (osc.fadeCounter, 0);
     EXPECT_EQ (osc.fadeLength, (int) (overRate * 0.005 + 0.5));
 }
+
+// A silent oscillator skips its shaping but not its clock: phase, wraps and envelope go on as if
+// heard, so that sync and a later fade-in find it where it should be. A copied step stands in for
+// a computed one exactly.
+TEST (PdOscillator, SilentAndCopiedStepsKeepTheClock)
+{
+    for (int wave : { 0, 5, pwmWave })
+    {
+        auto heard = makeOscillator (wave, 1234.5f, 0.6f);
+        auto silent = heard, copied = heard;
+        for (int i = 0; i < 5000; ++i)
+        {
+            const float y = heard.process();
+            EXPECT_EQ (silent.process (false), 0.0f);
+            copied.copyStepFrom (heard);
+            ASSERT_EQ (silent.phase, heard.phase) << wave << " " << i;
+            ASSERT_EQ (silent.wrapped, heard.wrapped);
+            ASSERT_EQ (silent.dcwValue, heard.dcwValue);
+            ASSERT_TRUE (copied.inStepWith (heard));
+            ASSERT_TRUE (std::isfinite (y));
+        }
+        auto synced = heard;
+        synced.syncEnabled = true;
+        EXPECT_FALSE (synced.inStepWith (heard));
+        synced.syncEnabled = false;
+        synced.frequency *= 1.001f;
+        EXPECT_FALSE (synced.inStepWith (heard));
+    }
+}

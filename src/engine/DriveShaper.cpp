@@ -2,6 +2,7 @@
 #include "engine/FastMath.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace morvane
@@ -33,17 +34,58 @@ namespace
     }
 
     // Two Newton steps on a back-to-back diode pair (Vt 0.026, asymmetry 0.7), from the input.
+    // Their result depends on t = g x / 2 alone, so it is worked out once, in double precision,
+    // and read back with cubic interpolation (error about 1e-8). Past |t| = 0.5 both steps move by
+    // the same Vt-sized amount, so the curve is a straight line there (within 1e-9).
+    struct DiodeCurve
+    {
+        static constexpr double edge = 0.5;
+        static constexpr int intervals = 1024;
+        static constexpr float scale = (float) (intervals / (2.0 * edge));
+        std::array<float, intervals + 3> table {}; // one point beyond each end for the cubic
+        float offsetAbove = 0.0f, offsetBelow = 0.0f;
+
+        static double newton (double t) noexcept
+        {
+            double v = t;
+            for (int i = 0; i < 2; ++i)
+            {
+                const double e = std::exp (std::clamp (v * 38.461536, -30.0, 30.0));
+                const double r = 0.7 / e;
+                v -= ((e - r) * 0.1 + (v - t)) / ((r + e) * 3.8461537 + 1.0);
+            }
+            return v;
+        }
+
+        DiodeCurve() noexcept
+        {
+            for (int i = 0; i < (int) table.size(); ++i)
+                table[(size_t) i] = (float) newton (-edge + (i - 1) / (double) scale);
+            offsetAbove = (float) (newton (edge) - edge);
+            offsetBelow = (float) (newton (-edge) + edge);
+        }
+
+        float operator() (float t) const noexcept
+        {
+            if (t >= (float) edge)
+                return t + offsetAbove;
+            if (t <= (float) -edge)
+                return t + offsetBelow;
+            const float x = (t + (float) edge) * scale;
+            const int i = std::min ((int) x, intervals - 1);
+            const float f = x - (float) i;
+            const float* p = table.data() + i; // p[1] sits at t's interval start
+            // Catmull-Rom through the four nearest points.
+            return p[1] + 0.5f * f * (p[2] - p[0] + f * (2.0f * p[0] - 5.0f * p[1] + 4.0f * p[2] - p[3]
+                                                      + f * (3.0f * (p[1] - p[2]) + p[3] - p[0])));
+        }
+    };
+
+    const DiodeCurve diodeCurve;
+
     inline float diodeShape (float x, float g) noexcept
     {
-        const float t = 0.5f * g * x;
-        float v = t;
-        for (int i = 0; i < 2; ++i)
-        {
-            const float e = fast::exp (std::clamp (v * 38.461536f, -30.0f, 30.0f));
-            const float r = 0.7f / e;
-            v -= ((e - r) * 0.1f + (v - t)) / ((r + e) * 3.8461537f + 1.0f);
-        }
-        return 2.0f / std::max (g, 1.0f) * v * 0.9f;
+        return 2.0f / std::max (g, 1.0f) * diodeCurve (0.5f * g * x) * 0.9f;
     }
 
     inline float foldShape (float x, float p, float g, DriveShaper::Memo& memo) noexcept

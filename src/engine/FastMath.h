@@ -1,12 +1,10 @@
 #pragma once
 
-// The float transcendentals of the audio path, inline: sin, cos, tan and tanh as polynomials
-// accurate to a few parts in 10^7 (about -130 dB), exp, exp2 and log to about one part in 10^7,
-// below what a float signal path resolves anyway, and cheaper than the library's calls.
+// The float transcendentals of the audio path. sin, cos, tan and tanh are inline polynomials,
+// accurate to a few parts in 10^7 (about -130 dB), below what a float signal path resolves
+// anyway, and cheaper than the library's calls.
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
-#include <cstring>
 
 namespace morvane::fast
 {
@@ -59,74 +57,15 @@ inline float tan (float radians) noexcept
     return sin2pi (t) / cos2pi (t);
 }
 
-namespace detail
-{
-    // e^r for |r| <= ln 2 / 2: interpolated at the Chebyshev nodes, relative error below 1e-7.
-    inline float expReduced (float r) noexcept
-    {
-        float p = 1.394111896e-03f;
-        p = p * r + 8.375134319e-03f;
-        p = p * r + 4.166635126e-02f;
-        p = p * r + 1.666641533e-01f;
-        p = p * r + 0.5f;
-        p = p * r + 1.0f;
-        return p * r + 1.0f;
-    }
-
-    // 2^n for an integral n in [-126, 127], straight into the exponent bits.
-    inline float powerOfTwo (float n) noexcept
-    {
-        const std::int32_t bits = ((std::int32_t) n + 127) << 23;
-        float result;
-        std::memcpy (&result, &bits, sizeof (result));
-        return result;
-    }
-}
-
-// Inline, so that the compiler keeps them in registers beside the stage that calls them; the
-// library's calls remain for the rare arguments whose results are subnormal, infinite or NaN.
-inline float exp2 (float x) noexcept
-{
-    if (! (x >= -126.0f && x <= 127.0f))
-        return std::exp2 (x);
-    const float n = detail::nearest (x);
-    return detail::expReduced ((x - n) * 0.69314718f) * detail::powerOfTwo (n);
-}
-
-inline float exp (float x) noexcept
-{
-    if (! (x >= -87.0f && x <= 88.0f))
-        return std::exp (x);
-    // ln 2 in two parts, the first short enough that n times it is exact (Cody and Waite).
-    const float n = detail::nearest (x * 1.44269504f);
-    const float r = (x - n * 0.693145752f) - n * 1.42860677e-6f;
-    return detail::expReduced (r) * detail::powerOfTwo (n);
-}
-
-inline float log (float x) noexcept
-{
-    if (! (x >= 1.17549435e-38f && x <= 3.40282347e+38f))
-        return std::log (x);
-    std::int32_t bits;
-    std::memcpy (&bits, &x, sizeof (bits));
-    // x = m 2^e with m in [sqrt(1/2), sqrt(2)), then log m = 2 atanh s with s = (m - 1) / (m + 1).
-    int e = ((bits >> 23) & 255) - 127;
-    bits = (bits & 0x007fffff) | 0x3f800000;
-    float m;
-    std::memcpy (&m, &bits, sizeof (m));
-    if (m > 1.41421356f)
-    {
-        m *= 0.5f;
-        ++e;
-    }
-    const float s = (m - 1.0f) / (m + 1.0f);
-    const float s2 = s * s;
-    const float series = 2.0f * s * (1.0f + s2 * (0.33333333f + s2 * (0.2f + s2 * (0.14285714f + s2 * 0.11111111f))));
-    return (float) e * 0.693145752f + (series + (float) e * 1.42860677e-6f);
-}
+// glibc's exp, exp2 and log are table-driven and already faster than a polynomial of the same
+// accuracy (measured here: about 3.5 ns a call against 7); they stay behind these names so that
+// every stage calls one place.
+inline float exp2 (float x) noexcept { return std::exp2 (x); }
+inline float exp (float x) noexcept { return std::exp (x); }
+inline float log (float x) noexcept { return std::log (x); }
 
 // 10^(dB / 20).
-inline float dbToGain (float db) noexcept { return exp2 (db * 0.16609640f); }
+inline float dbToGain (float db) noexcept { return std::exp2 (db * 0.16609640f); }
 
 inline float tanh (float x) noexcept
 {
@@ -135,7 +74,7 @@ inline float tanh (float x) noexcept
     const float a2 = a * a;
     // Series to a^7: relative remainder under 1e-7 below 0.25, and exact near 0.
     const float series = a * (1.0f + a2 * (-0.33333333f + a2 * (0.13333333f + a2 * -0.053968254f)));
-    const float closed = 1.0f - 2.0f / (exp2 (a * 2.8853901f) + 1.0f);
+    const float closed = 1.0f - 2.0f / (std::exp2 (a * 2.8853901f) + 1.0f);
     return std::copysign (a < 0.25f ? series : closed, x);
 }
 }

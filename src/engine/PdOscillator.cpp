@@ -1,7 +1,5 @@
 #include "engine/PdOscillator.h"
 
-#include "engine/WaveShape.h"
-
 #include <algorithm>
 #include <cmath>
 
@@ -45,6 +43,48 @@ void PdOscillator::setWave (int newWave) noexcept
 {
     wave = std::clamp (newWave, 0, numWaves - 1);
     rmsGain = waveRmsGain()[(size_t) wave];
+    formDcw = morphFormDcw = std::numeric_limits<float>::quiet_NaN();
+}
+
+const WaveForm& PdOscillator::formAt (float dcw) noexcept
+{
+    if (! (dcw == formDcw))
+    {
+        formDcw = dcw;
+        form = WaveForm::make (wave, dcw, 16.0f);
+    }
+    return form;
+}
+
+const WaveForm& PdOscillator::morphFormAt (float dcw) noexcept
+{
+    if (! (dcw == morphFormDcw))
+    {
+        morphFormDcw = dcw;
+        morphForm = WaveForm::make ((wave + 1) % numWaves, dcw, 16.0f);
+    }
+    return morphForm;
+}
+
+bool PdOscillator::inStepWith (const PdOscillator& o) const noexcept
+{
+    return frequency == o.frequency && wave == o.wave && dcwDepth == o.dcwDepth && pulseWidth == o.pulseWidth
+        && morph == o.morph && ! syncEnabled && ! o.syncEnabled && phase == o.phase && dcwValue == o.dcwValue
+        && pendingStep == o.pendingStep && fadeCounter == o.fadeCounter && (fadeCounter == 0 || (oldPhase == o.oldPhase && oldDcw == o.oldDcw));
+}
+
+void PdOscillator::copyStepFrom (const PdOscillator& o) noexcept
+{
+    phase = o.phase;
+    increment = o.increment;
+    wrapped = o.wrapped;
+    wrapFraction = o.wrapFraction;
+    pendingStep = o.pendingStep;
+    fadeCounter = o.fadeCounter;
+    oldPhase = o.oldPhase;
+    oldDcw = o.oldDcw;
+    dcwValue = o.dcwValue;
+    dcwEnvelope = o.dcwEnvelope;
 }
 
 void PdOscillator::resetPhase (float newPhase) noexcept
@@ -62,7 +102,7 @@ float PdOscillator::shapeAt (int w, float p, float dcw) const noexcept
     return waveShape (w, p, dcw, 16.0f);
 }
 
-float PdOscillator::process() noexcept
+float PdOscillator::process (bool audible) noexcept
 {
     increment = frequency * inverseRate;
 
@@ -71,11 +111,11 @@ float PdOscillator::process() noexcept
     if (syncEnabled && syncSource != nullptr && syncSource->wrapped)
     {
         const float f = std::clamp (syncSource->wrapFraction, 0.0f, 1.0f);
-        const float before = shapeAt (wave, phase, dcwValue);
+        const float before = audible ? shapeAt (wave, phase, dcwValue) : 0.0f;
         phase = (1.0f - f) * increment;
         if (phase >= 1.0f)
             phase -= std::floor (phase);
-        syncStep = shapeAt (wave, phase, dcwValue) - before;
+        syncStep = audible ? shapeAt (wave, phase, dcwValue) - before : 0.0f;
         synced = true;
     }
 
@@ -83,50 +123,60 @@ float PdOscillator::process() noexcept
     // Bright shapes alias on high notes: DCW falls to 0 at a sixtieth of the oversampled rate.
     dcwValue = std::min (std::clamp (1.0f - 60.0f * increment, 0.0f, 1.0f), std::clamp (raw, 0.0f, 1.0f));
 
-    float y;
-    if (wave == pwmWave)
+    float y = 0.0f;
+    if (audible)
     {
-        const float w = pulseWidth;
-        y = (w > phase ? 1.0f : -1.0f) - (1.0f - 2.0f * w);
-        // The polynomial spans a step of 2, the full height of each edge.
-        y += blep (phase, increment);
-        float t = phase - w;
-        if (t < 0.0f)
-            t += 1.0f;
-        y -= blep (t, increment);
+        if (wave == pwmWave)
+        {
+            const float w = pulseWidth;
+            y = (w > phase ? 1.0f : -1.0f) - (1.0f - 2.0f * w);
+            // The polynomial spans a step of 2, the full height of each edge.
+            y += blep (phase, increment);
+            float t = phase - w;
+            if (t < 0.0f)
+                t += 1.0f;
+            y -= blep (t, increment);
+        }
+        else
+        {
+            y = formAt (dcwValue).at (phase);
+        }
+
+        y *= rmsGain;
+
+        if (morph > 0.0f && wave != pwmWave)
+        {
+            const int next = (wave + 1) % numWaves;
+            const float n = next == pwmWave ? (pulseWidth > phase ? 1.0f : -1.0f) : morphFormAt (dcwValue).at (phase);
+            y += (n * waveRmsGain()[(size_t) next] - y) * morph;
+        }
+
+        if (synced && std::abs (syncStep) > 1.0e-9f)
+        {
+            // Halved: the polynomial spans a step of 2.
+            y += blep (phase, increment) * 0.5f * syncStep;
+            pendingStep = -0.5f * syncStep;
+        }
+        else if (pendingStep != 0.0f)
+        {
+            y += blep (phase + 1.0f - increment, increment) * pendingStep;
+            pendingStep = 0.0f;
+        }
     }
     else
     {
-        y = waveShape (wave, phase, dcwValue, 16.0f);
-    }
-
-    y *= rmsGain;
-
-    if (morph > 0.0f && wave != pwmWave)
-    {
-        const int next = (wave + 1) % numWaves;
-        const float n = shapeAt (next, phase, dcwValue);
-        y += (n * waveRmsGain()[(size_t) next] - y) * morph;
-    }
-
-    if (synced && std::abs (syncStep) > 1.0e-9f)
-    {
-        // Halved: the polynomial spans a step of 2.
-        y += blep (phase, increment) * 0.5f * syncStep;
-        pendingStep = -0.5f * syncStep;
-    }
-    else if (pendingStep != 0.0f)
-    {
-        y += blep (phase + 1.0f - increment, increment) * pendingStep;
         pendingStep = 0.0f;
     }
 
     if (fadeCounter > 0)
     {
-        const float old = rmsGain * shapeAt (wave, oldPhase, oldDcw);
-        const float x = 1.0f - (float) fadeCounter / (float) fadeLength;
-        const float s = (3.0f - 2.0f * x) * x * x;
-        y = (1.0f - s) * old + s * y;
+        if (audible)
+        {
+            const float old = rmsGain * shapeAt (wave, oldPhase, oldDcw);
+            const float x = 1.0f - (float) fadeCounter / (float) fadeLength;
+            const float s = (3.0f - 2.0f * x) * x * x;
+            y = (1.0f - s) * old + s * y;
+        }
         oldPhase += increment;
         if (oldPhase >= 1.0f)
             oldPhase -= std::floor (oldPhase);

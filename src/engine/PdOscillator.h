@@ -1,6 +1,10 @@
 #pragma once
 
+#include "engine/WaveShape.h"
+
 #include <juce_audio_basics/juce_audio_basics.h>
+
+#include <limits>
 
 namespace morvane
 {
@@ -37,15 +41,29 @@ struct PdOscillator
 
     float dcwValue = 0.0f;
 
+    // The wave and the morph's next wave at the DCW they were made for.
+    WaveForm form, morphForm;
+    float formDcw = std::numeric_limits<float>::quiet_NaN();
+    float morphFormDcw = std::numeric_limits<float>::quiet_NaN();
+
     void prepare (double oversampledRate) noexcept;
     void setWave (int newWave) noexcept;
 
     // Keeps running on the old phase while the new one fades in, hiding the jump.
     void resetPhase (float newPhase) noexcept;
 
-    float process() noexcept;
+    // One oversampled step. An inaudible oscillator (its gain 0) keeps its phase, envelope and
+    // sync edges running but shapes nothing, and gives 0.
+    float process (bool audible = true) noexcept;
+
+    // Whether other runs exactly as this one does, so that copying this one's state after each
+    // step stands in for running it (the two sides of an undetuned, unsynced oscillator).
+    bool inStepWith (const PdOscillator& other) const noexcept;
+    void copyStepFrom (const PdOscillator& other) noexcept;
 
 private:
     float shapeAt (int w, float p, float dcw) const noexcept;
+    const WaveForm& formAt (float dcw) noexcept;
+    const WaveForm& morphFormAt (float dcw) noexcept;
 };
 }

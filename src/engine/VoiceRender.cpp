@@ -264,13 +264,26 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
                                                      { return 1.0f - std::exp (-6.2831855f * tone / (2.0f * (float) sampleRate)); });
         const bool feedbackPre = params.index (P::feedbackPosition) == preDrive;
 
-        // 20. Two oversampled steps.
+        // 20. Two oversampled steps. An oscillator at gain 0 is not heard (in ring mode, neither
+        // is heard unless both are), and a pair whose sides run alike is computed once.
+        const bool audible1 = gain1 != 0.0f && (mode != 1 || gain2 != 0.0f);
+        const bool audible2 = gain2 != 0.0f && (mode != 1 || gain1 != 0.0f);
+        const bool pair1InStep = oscillators[1].inStepWith (oscillators[0]);
+        const bool pair2InStep = oscillators[3].inStepWith (oscillators[2]);
         for (int k = 0; k < 2; ++k)
         {
-            const float a1 = oscillators[0].process();
-            const float a2 = oscillators[1].process();
-            const float b1 = oscillators[2].process();
-            const float b2 = oscillators[3].process();
+            const float a1 = oscillators[0].process (audible1);
+            float a2 = a1;
+            if (pair1InStep)
+                oscillators[1].copyStepFrom (oscillators[0]);
+            else
+                a2 = oscillators[1].process (audible1);
+            const float b1 = oscillators[2].process (audible2);
+            float b2 = b1;
+            if (pair2InStep)
+                oscillators[3].copyStepFrom (oscillators[2]);
+            else
+                b2 = oscillators[3].process (audible2);
             // The two subs share phase and increment by construction, so one is computed.
             const float sub = subs[Side::left].process() * gainSub;
             subs[Side::right] = subs[Side::left];

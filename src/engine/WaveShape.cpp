@@ -9,17 +9,12 @@ namespace morvane
 namespace
 {
     constexpr float twoPi = 6.2831855f;
-    constexpr float pi = 3.1415927f;
-    constexpr float fourPi = 12.566371f;
 
-    inline float frac (float x) { return x - std::floor (x); }
-
-    // Bent phase that runs 0..1 and passes 0.5 at p = k.
-    inline float knee (float p, float k)
+    // Slopes of the bent phase that runs 0..1 and passes 0.5 at p = k.
+    inline void knee (float k, float& after, float& before)
     {
-        const float a = (0.5f - k) / (1.0f - k);
-        const float b = (0.5f - k) / k;
-        return p + std::min (a * (1.0f - p), b * p);
+        after = (0.5f - k) / (1.0f - k);
+        before = (0.5f - k) / k;
     }
 
     inline float resonanceMultiple (float d, float resonanceRatio)
@@ -28,69 +23,37 @@ namespace
     }
 }
 
-float waveShape (int wave, float phase, float dcw, float resonanceRatio)
+WaveForm WaveForm::make (int wave, float dcw, float resonanceRatio) noexcept
 {
-    const float p = phase;
     const float d = std::clamp (dcw, 0.0f, 1.0f);
-
+    WaveForm f;
+    f.wave = wave;
     switch (wave)
     {
-        case 0:
-        {
-            const float k = std::clamp (0.5f - 0.5f * d, 0.01f, 0.5f);
-            return fast::cos2pi (knee (p, k));
-        }
+        case 0: knee (std::clamp (0.5f - 0.5f * d, 0.01f, 0.5f), f.a, f.b); break;
         case 1:
         {
             const float s = std::clamp (std::sqrt (std::sqrt (d)), 0.0f, 0.999f);
-            const float u = frac (2.0f * p + 1.0f);
-            const float q = u - std::min (s / (1.0f - s) * (1.0f - u), u) + (p >= 0.5f ? 1.0f : 0.0f);
-            return fast::cos2pi (0.5f * q);
+            f.a = s / (1.0f - s);
+            break;
         }
         case 2:
         {
             const float s = std::clamp (d, 0.0f, 0.99f);
-            const float q = p - std::min (s / (1.0f - s) * (1.0f - p), p);
-            return fast::cos2pi (q);
+            f.a = s / (1.0f - s);
+            break;
         }
-        case 3:
-        {
-            const float k = std::clamp (0.5f - 0.49f * d, 0.01f, 0.5f);
-            return fast::cos2pi (2.0f * knee (p, k));
-        }
-        case 4:
-        {
-            const float k = std::clamp (0.5f - 0.5f * d, 0.01f, 0.5f);
-            const float q = p < 0.5f ? p : std::min ((p - 0.5f) * 0.5f / k + 0.5f, 1.0f);
-            return fast::cos2pi (q);
-        }
-        case 5:
-        {
-            const float u = frac (resonanceMultiple (d, resonanceRatio) * p);
-            return 1.0f - (0.5f - 0.5f * fast::cos2pi (u)) * 2.0f * (1.0f - p);
-        }
-        case 6:
-        {
-            const float u = frac (resonanceMultiple (d, resonanceRatio) * p);
-            const float w = p < 0.5f ? 2.0f * p : 2.0f - 2.0f * p;
-            return 2.0f * w * (0.5f * fast::cos2pi (u) + 0.5f) - 1.0f;
-        }
-        case 7:
-        {
-            const float u = frac (resonanceMultiple (d, resonanceRatio) * p);
-            return fast::sin2pi (u) * std::min (2.0f * (1.0f - p), 1.0f);
-        }
-        case 8:
-            return p < 0.5f ? 1.0f : -1.0f;
-        case 9:
-        {
-            const float u = frac (resonanceMultiple (d, resonanceRatio) * p);
-            const float w = p < 0.5f ? 1.0f - 2.0f * p : 2.0f * (p - 0.5f);
-            return fast::cos2pi (u) * w;
-        }
-        default:
-            return 0.0f;
+        case 3: knee (std::clamp (0.5f - 0.49f * d, 0.01f, 0.5f), f.a, f.b); break;
+        case 4: f.b = 0.5f / std::clamp (0.5f - 0.5f * d, 0.01f, 0.5f); break;
+        case 5: case 6: case 7: case 9: f.multiple = resonanceMultiple (d, resonanceRatio); break;
+        default: break;
     }
+    return f;
+}
+
+float waveShape (int wave, float phase, float dcw, float resonanceRatio)
+{
+    return WaveForm::make (wave, dcw, resonanceRatio).at (phase);
 }
 
 namespace

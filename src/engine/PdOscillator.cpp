@@ -66,10 +66,15 @@ const WaveForm& PdOscillator::morphFormAt (float dcw) noexcept
     return morphForm;
 }
 
-bool PdOscillator::inStepWith (const PdOscillator& o) const noexcept
+bool PdOscillator::sameSettingsAs (const PdOscillator& o) const noexcept
 {
     return frequency == o.frequency && wave == o.wave && dcwDepth == o.dcwDepth && pulseWidth == o.pulseWidth
-        && morph == o.morph && ! syncEnabled && ! o.syncEnabled && phase == o.phase && dcwValue == o.dcwValue
+        && morph == o.morph && ! syncEnabled && ! o.syncEnabled;
+}
+
+bool PdOscillator::inStepWith (const PdOscillator& o) const noexcept
+{
+    return sameSettingsAs (o) && phase == o.phase && dcwValue == o.dcwValue
         && pendingStep == o.pendingStep && fadeCounter == o.fadeCounter && (fadeCounter == 0 || (oldPhase == o.oldPhase && oldDcw == o.oldDcw));
 }
 

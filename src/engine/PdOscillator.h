@@ -59,6 +59,7 @@ struct PdOscillator
     // Whether other runs exactly as this one does, so that copying this one's state after each
     // step stands in for running it (the two sides of an undetuned, unsynced oscillator).
     bool inStepWith (const PdOscillator& other) const noexcept;
+    bool sameSettingsAs (const PdOscillator& other) const noexcept;
     void copyStepFrom (const PdOscillator& other) noexcept;
 
 private:

@@ -49,6 +49,14 @@ void VoiceEngine::prepare (double newSampleRate, int maximumBlockSize)
     smoothRandom.prepare (sampleRate);
     beatPhase = 0.0f;
     cutoffKey = std::numeric_limits<float>::quiet_NaN();
+    cutoffApplied = false;
+    appliedFilterControls = { -1.0f, -1.0f, -1.0f, -1.0f };
+    pairLocked = {};
+    matrixStale = true;
+    // Cached values may hang on the rate.
+    for (auto* cache : { &subRatioCache, &driveGainCache, &makeupCache, &toneCache, &pitchCache, &detuneCache,
+                         &detuneLowCache, &cutoffOctaveCache, &monoLowCache })
+        *cache = {};
     drift.prepare (sampleRate);
 
     for (auto& b : mixBlockers)
@@ -254,10 +262,15 @@ void VoiceEngine::readModSlots() noexcept
         slots[i].curve = (int) load (p.curve);
     }
 
+    matrixStale = true;
     sourceInUse.fill (false);
     for (const auto& slot : slots)
         if (slot.source > 0 && slot.source < numModSources && slot.destination != 0 && slot.amount != 0.0f)
             sourceInUse[(size_t) slot.source] = true;
+    numUsedSources = 0;
+    for (int source = 1; source < numModSources; ++source)
+        if (sourceInUse[(size_t) source])
+            usedSources[(size_t) numUsedSources++] = source;
 }
 
 juce::ADSR::Parameters VoiceEngine::readGroup (EnvelopeGroup g) const noexcept

@@ -104,9 +104,14 @@ public:
     std::array<float, numModSources> sources {};
     // Sources that some active slot reads; the others are not evaluated.
     std::array<bool, numModSources> sourceInUse {};
+    std::array<int, numModSources> usedSources {};
+    int numUsedSources = 0;
 
     std::array<ModSlot, numModSlots> slots;
     ModSums sums;
+    // The sources the sums were last worked out from; equal sources give equal sums.
+    std::array<float, numModSources> evaluatedSources {};
+    bool matrixStale = true;
     float lastLfoRateSum = 0.0f;
     float lastLfoDepthSum = 0.0f;
     float osc2PhaseSum = 0.0f;
@@ -158,6 +163,7 @@ private:
     float driveAndFilter (int bank, int side, float x, int position) noexcept;
 
     void renderChunk (juce::AudioBuffer<float>& buffer, int start, int n) noexcept;
+    void updatePairLocks() noexcept;
     void outputStage (juce::AudioBuffer<float>& buffer, int start, int n) noexcept;
 
     juce::AudioProcessorValueTreeState* tree = nullptr;
@@ -220,9 +226,25 @@ private:
         }
     };
     CachedExp subRatioCache, driveGainCache, makeupCache, toneCache;
+    CachedExp pitchCache, detuneCache, detuneLowCache, cutoffOctaveCache, monoLowCache;
     // The filters' cut-off coefficients, worked out again only when the cut-off moves.
     float cutoffKey = std::numeric_limits<float>::quiet_NaN();
     CutoffCoefficients cutoffCoefficients {};
+    // The filter controls last handed to the filters; unchanged ones are not handed again.
+    struct FilterControls
+    {
+        float reso, mix, notch, stereo;
+        bool operator== (const FilterControls& o) const noexcept
+        {
+            return reso == o.reso && mix == o.mix && notch == o.notch && stereo == o.stereo;
+        }
+    };
+    FilterControls appliedFilterControls { -1.0f, -1.0f, -1.0f, -1.0f };
+    bool cutoffApplied = false;
+
+    // Each oscillator's right side, while it runs exactly as its left, is not run at all: the
+    // left's output stands for both, and its state is copied over when the two part.
+    std::array<bool, 2> pairLocked {};
     std::array<CachedExp, 3> bandGainCaches;
     int makeupCacheMode = -1;
 };

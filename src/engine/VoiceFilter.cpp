@@ -11,15 +11,13 @@ namespace
     constexpr float pi = 3.1415927f;
 
     // Prediction of the fourth stage's output from the present states.
-    inline float predictedOutput (float g, float s1, float s2, float s3, float s4) noexcept
+    inline float predictedOutput (float G, float inverse, float s1, float s2, float s3, float s4) noexcept
     {
-        const float G = g / (1.0f + g);
-        return (G * G * G * s1 + G * G * s2 + G * s3 + s4) / (1.0f + g);
+        return (G * G * G * s1 + G * G * s2 + G * s3 + s4) * inverse;
     }
 
-    inline float fourStages (float u, float g, float& s1, float& s2, float& s3, float& s4) noexcept
+    inline float fourStages (float u, float G, float& s1, float& s2, float& s3, float& s4) noexcept
     {
-        const float G = g / (1.0f + g);
         u = onePoleStage (u, s1, G);
         u = onePoleStage (u, s2, G);
         u = onePoleStage (u, s3, G);
@@ -29,10 +27,10 @@ namespace
 
 float LadderModel::process (float x) noexcept
 {
-    const float S = k == 0.0f ? 0.0f : predictedOutput (g, s1, s2, s3, s4);
+    const float S = k == 0.0f ? 0.0f : predictedOutput (G, inverse, s1, s2, s3, s4);
     // Without resonance the feedback term is exactly 0: skip its tanh.
     const float u = k == 0.0f ? x : (1.0f + 0.5f * k) * x - k * fast::tanh (S);
-    return fourStages (u, g, s1, s2, s3, s4);
+    return fourStages (u, G, s1, s2, s3, s4);
 }
 
 float DiodeModel::process (float x) noexcept
@@ -40,12 +38,12 @@ float DiodeModel::process (float x) noexcept
     float u = x;
     if (k != 0.0f)
     {
-        const float S = predictedOutput (g, s1, s2, s3, s4);
+        const float S = predictedOutput (G, inverse, s1, s2, s3, s4);
         // The two directions limit differently.
         const float t = S >= 0.0f ? fast::tanh (S) : 0.85f * fast::tanh (S / 0.85f);
         u = x - k * t;
     }
-    const float y4 = fourStages (u, g, s1, s2, s3, s4);
+    const float y4 = fourStages (u, G, s1, s2, s3, s4);
     lowState += (y4 - lowState) * lowCoefficient;
     return (y4 - 0.6f * lowState) * 0.95f;
 }
@@ -53,7 +51,7 @@ float DiodeModel::process (float x) noexcept
 float StateModel::process (float x) noexcept
 {
     const float u = k == 0.0f ? x : x - k * fast::tanh (s4);
-    return 0.85f * fourStages (u, g, s1, s2, s3, s4);
+    return 0.85f * fourStages (u, G, s1, s2, s3, s4);
 }
 
 void PhaseModel::rebuild (float r) noexcept
@@ -107,14 +105,15 @@ CutoffCoefficients VoiceFilter::coefficientsFor (float hz, double oversampledRat
 {
     const float r = (float) (oversampledRate > 0.0 ? oversampledRate : 44100.0);
     const float limited = std::clamp (hz, 20.0f, 0.45f * r);
-    return { fast::tan (limited * pi / r), std::clamp (188.49556f / r, 0.0f, 1.0f), limited };
+    const float g = fast::tan (limited * pi / r);
+    return { g, g / (1.0f + g), 1.0f / (1.0f + g), std::clamp (188.49556f / r, 0.0f, 1.0f), limited };
 }
 
 void VoiceFilter::applyCutoff (const CutoffCoefficients& c) noexcept
 {
-    ladderModel.g = c.g;
-    diodeModel.g = c.g;
-    stateModel.g = c.g;
+    ladderModel.g = diodeModel.g = stateModel.g = c.g;
+    ladderModel.G = diodeModel.G = stateModel.G = c.G;
+    ladderModel.inverse = diodeModel.inverse = stateModel.inverse = c.inverse;
     diodeModel.lowCoefficient = c.lowCoefficient;
     if (c.centre != phaseModel.centre)
     {

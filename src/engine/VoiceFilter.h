@@ -9,6 +9,8 @@ namespace morvane
 struct CutoffCoefficients
 {
     float g = 0.0f;              // prewarped integrator gain of the three low-pass models
+    float G = 0.0f;              // g / (1 + g), each one-pole stage's share
+    float inverse = 1.0f;        // 1 / (1 + g)
     float lowCoefficient = 0.0f; // one-pole coefficient of 30 Hz
     float centre = 1000.0f;      // centre of the phase chain
 };
@@ -24,20 +26,20 @@ inline float onePoleStage (float u, float& s, float G) noexcept
 
 struct LadderModel
 {
-    float g = 0.0f, k = 0.0f, s1 = 0.0f, s2 = 0.0f, s3 = 0.0f, s4 = 0.0f;
+    float g = 0.0f, G = 0.0f, inverse = 1.0f, k = 0.0f, s1 = 0.0f, s2 = 0.0f, s3 = 0.0f, s4 = 0.0f;
     float process (float x) noexcept;
 };
 
 struct DiodeModel
 {
-    float g = 0.0f, k = 0.0f, s1 = 0.0f, s2 = 0.0f, s3 = 0.0f, s4 = 0.0f;
+    float g = 0.0f, G = 0.0f, inverse = 1.0f, k = 0.0f, s1 = 0.0f, s2 = 0.0f, s3 = 0.0f, s4 = 0.0f;
     float lowState = 0.0f, lowCoefficient = 0.0f;
     float process (float x) noexcept;
 };
 
 struct StateModel
 {
-    float g = 0.0f, k = 0.0f, s1 = 0.0f, s2 = 0.0f, s3 = 0.0f, s4 = 0.0f;
+    float g = 0.0f, G = 0.0f, inverse = 1.0f, k = 0.0f, s1 = 0.0f, s2 = 0.0f, s3 = 0.0f, s4 = 0.0f;
     float process (float x) noexcept;
 };
 

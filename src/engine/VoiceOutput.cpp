@@ -65,9 +65,12 @@ void VoiceEngine::outputStage (juce::AudioBuffer<float>& buffer, int start, int 
         const float s = (l - r) * 0.5f;
         const float monoLowOn = sm (S::monoLowOn).getNextValue();
         const float monoLowHz = sm (S::monoLowHz).getNextValue();
-        monoLowBlocker.setCutoff (sampleRate > 0.0 ? std::clamp (monoLowHz, 0.0f, 0.45f * (float) sampleRate)
-                                                   : std::min (monoLowHz, 20000.0f),
-                                  sampleRate);
+        monoLowBlocker.R = monoLowCache.get (monoLowHz, [this] (float hz)
+        {
+            DcBlocker d;
+            d.setCutoff (sampleRate > 0.0 ? std::clamp (hz, 0.0f, 0.45f * (float) sampleRate) : std::min (hz, 20000.0f), sampleRate);
+            return d.R;
+        });
         const float h = monoLowBlocker.process (s);
         const float sOut = s + (h - s) * monoLowOn;
 

@@ -34,6 +34,31 @@ void VoiceEngine::render (juce::AudioBuffer<float>& buffer, int startSample, int
     }
 }
 
+void VoiceEngine::updatePairLocks() noexcept
+{
+    // A synced right side follows its own master, and a locked one would leave its own slave a
+    // stale edge, so sync anywhere parts both pairs.
+    const bool anySync = oscillators[0].syncEnabled || oscillators[1].syncEnabled
+                      || oscillators[2].syncEnabled || oscillators[3].syncEnabled;
+    for (size_t p = 0; p < pairLocked.size(); ++p)
+    {
+        auto& leftSide = oscillators[2 * p];
+        auto& rightSide = oscillators[2 * p + 1];
+        if (pairLocked[p])
+        {
+            if (anySync || ! rightSide.sameSettingsAs (leftSide))
+            {
+                rightSide.copyStepFrom (leftSide);
+                pairLocked[p] = false;
+            }
+        }
+        else if (! anySync && rightSide.inStepWith (leftSide))
+        {
+            pairLocked[p] = true;
+        }
+    }
+}
+
 void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int n) noexcept
 {
     if (! ampEnvelope.isActive())
@@ -105,12 +130,22 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         sources[11] = smoothRandomValue;
         sources[12] = sourceInUse[12] ? fast::sin2pi (beatPhase) : 0.0f;
 
-        // 6. Matrix.
-        evaluateMatrix (slots, sources, sums, slotOutputs);
+        // 6. Matrix: the same slots reading the same values give the same sums, so a patch
+        // modulated only by velocity, key or note random works them out once a chunk.
+        bool sourcesMoved = matrixStale;
+        for (int u = 0; u < numUsedSources && ! sourcesMoved; ++u)
+            sourcesMoved = sources[(size_t) usedSources[(size_t) u]] != evaluatedSources[(size_t) usedSources[(size_t) u]];
+        if (sourcesMoved)
+        {
+            evaluateMatrix (slots, sources, sums, slotOutputs);
+            evaluatedSources = sources;
+            matrixStale = false;
+        }
 
         // 7. Pitch.
         const float semis = sm (S::bend).getNextValue() + sums[dest::pitch];
-        const float f = 440.0f * std::exp2 ((currentPitch - 69.0f) * (1.0f / 12.0f)) * semitoneRatio (semis);
+        const float f = pitchCache.get (currentPitch, [] (float p) { return 440.0f * std::exp2 ((p - 69.0f) * (1.0f / 12.0f)); })
+                        * semitoneRatio (semis);
 
         // 8. Detune and beat.
         const float detuneCents = sm (S::detuneCents).getNextValue();
@@ -129,9 +164,10 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         else
         {
             const float octaves = (detuneCents + sums[dest::osc2Detune]) * 0.00083333335f;
-            const float r = std::exp2 (octaves);
+            const auto exp2 = [] (float o) { return std::exp2 (o); };
+            const float r = detuneCache.get (octaves, exp2);
             fHigh = r * f + beat;
-            fLow = (w == 1.0f ? r : std::exp2 (w * octaves)) * f + w * beat;
+            fLow = (w == 1.0f ? r : detuneLowCache.get (w * octaves, exp2)) * f + w * beat;
         }
         beatPhase += std::abs (fHigh - fLow) / (float) sampleRate;
         if (beatPhase >= 1.0f)
@@ -202,24 +238,34 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         // 14. Filter controls: one cut-off for every filter, so its coefficients are worked out once.
         const float envAmount = sm (S::envAmount).getNextValue() * velToFilterScale;
         const float octaves = ((envAmount + sums[dest::filterEnv]) * filterEnvValue + sums[dest::cutoff]) * (1.0f / 12.0f);
-        const float hz = std::clamp (cutoff.getNextValue() * fast::exp2 (octaves), 20.0f, 20000.0f);
+        const float octaveFactor = cutoffOctaveCache.get (octaves, [] (float o) { return fast::exp2 (o); });
+        const float hz = std::clamp (cutoff.getNextValue() * octaveFactor, 20.0f, 20000.0f);
         if (! (hz == cutoffKey))
         {
             cutoffKey = hz;
             cutoffCoefficients = VoiceFilter::coefficientsFor (hz, sampleRate * 2.0);
+            cutoffApplied = false;
         }
-        const float reso = std::clamp (sm (S::resonance).getNextValue() + sums[dest::resonance], 0.0f, 1.0f);
-        const float phaseMixValue = std::clamp (sm (S::phaseMix).getNextValue() + sums[dest::phaseMix], 0.0f, 1.0f);
-        const float phaseNotchValue = std::clamp (sm (S::phaseNotch).getNextValue() + sums[dest::phaseNotch], 0.0f, 1.0f);
-        const float phaseStereoValue = std::clamp (sm (S::phaseStereo).getNextValue(), 0.0f, 1.0f);
-        for (auto& bank : filterBanks)
-            for (int side = 0; side < 2; ++side)
-            {
-                auto& filter = bank[(size_t) side];
-                filter.applyCutoff (cutoffCoefficients);
-                filter.setResonance (reso);
-                filter.setPhaseControls (phaseMixValue, phaseNotchValue, side == left ? -phaseStereoValue : phaseStereoValue);
-            }
+        const FilterControls filterControls {
+            std::clamp (sm (S::resonance).getNextValue() + sums[dest::resonance], 0.0f, 1.0f),
+            std::clamp (sm (S::phaseMix).getNextValue() + sums[dest::phaseMix], 0.0f, 1.0f),
+            std::clamp (sm (S::phaseNotch).getNextValue() + sums[dest::phaseNotch], 0.0f, 1.0f),
+            std::clamp (sm (S::phaseStereo).getNextValue(), 0.0f, 1.0f)
+        };
+        if (! cutoffApplied || ! (filterControls == appliedFilterControls))
+        {
+            for (auto& bank : filterBanks)
+                for (int side = 0; side < 2; ++side)
+                {
+                    auto& filter = bank[(size_t) side];
+                    filter.applyCutoff (cutoffCoefficients);
+                    filter.setResonance (filterControls.reso);
+                    filter.setPhaseControls (filterControls.mix, filterControls.notch,
+                                             side == left ? -filterControls.stereo : filterControls.stereo);
+                }
+            cutoffApplied = true;
+            appliedFilterControls = filterControls;
+        }
 
         // 15. Multiband drive, Mod FX and post EQ controls.
         updateMultiband (leftMode);
@@ -268,22 +314,13 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         // is heard unless both are), and a pair whose sides run alike is computed once.
         const bool audible1 = gain1 != 0.0f && (mode != 1 || gain2 != 0.0f);
         const bool audible2 = gain2 != 0.0f && (mode != 1 || gain1 != 0.0f);
-        const bool pair1InStep = oscillators[1].inStepWith (oscillators[0]);
-        const bool pair2InStep = oscillators[3].inStepWith (oscillators[2]);
+        updatePairLocks();
         for (int k = 0; k < 2; ++k)
         {
             const float a1 = oscillators[0].process (audible1);
-            float a2 = a1;
-            if (pair1InStep)
-                oscillators[1].copyStepFrom (oscillators[0]);
-            else
-                a2 = oscillators[1].process (audible1);
+            const float a2 = pairLocked[0] ? a1 : oscillators[1].process (audible1);
             const float b1 = oscillators[2].process (audible2);
-            float b2 = b1;
-            if (pair2InStep)
-                oscillators[3].copyStepFrom (oscillators[2]);
-            else
-                b2 = oscillators[3].process (audible2);
+            const float b2 = pairLocked[1] ? b1 : oscillators[3].process (audible2);
             // The two subs share phase and increment by construction, so one is computed.
             const float sub = subs[Side::left].process() * gainSub;
             subs[Side::right] = subs[Side::left];
@@ -363,6 +400,11 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
             overRight[2 * i + k] = r;
         }
     }
+
+    // A locked side has not run; it takes the state it would have, for whoever reads it.
+    for (size_t p = 0; p < pairLocked.size(); ++p)
+        if (pairLocked[p])
+            oscillators[2 * p + 1].copyStepFrom (oscillators[2 * p]);
 
     oversampler->processSamplesDown (dryBlock);
     outputStage (buffer, start, n);

@@ -323,7 +323,6 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
             const float b2 = pairLocked[1] ? b1 : oscillators[3].process (audible2);
             // The two subs share phase and increment by construction, so one is computed.
             const float sub = subs[Side::left].process() * gainSub;
-            subs[Side::right] = subs[Side::left];
 
             float l, r;
             if (mode == 1)
@@ -401,10 +400,12 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         }
     }
 
-    // A locked side has not run; it takes the state it would have, for whoever reads it.
+    // A locked side, and the right sub, have not run; they take the state they would have, for
+    // whoever reads them.
     for (size_t p = 0; p < pairLocked.size(); ++p)
         if (pairLocked[p])
             oscillators[2 * p + 1].copyStepFrom (oscillators[2 * p]);
+    subs[Side::right] = subs[Side::left];
 
     oversampler->processSamplesDown (dryBlock);
     outputStage (buffer, start, n);

@@ -156,7 +156,7 @@ float DriveShaper::autoMakeup (int m, float driveDb) noexcept
     return std::pow (10.0f, c * driveDb * 0.05f);
 }
 
-float DriveShaper::process (float x) noexcept
+float DriveShaper::processDriven (float x) noexcept
 {
     const float y = shape (mode, x, lastInput, gain, softMemo, foldMemo);
     if (fadeCounter > 0)

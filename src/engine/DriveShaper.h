@@ -22,7 +22,16 @@ struct DriveShaper
     void changeMode (int newMode) noexcept;
     void clearState() noexcept;
 
-    float process (float x) noexcept;
+    float process (float x) noexcept
+    {
+        // At 0 dB every mode is a wire; only the memory of the input moves.
+        if (gain <= 1.000001f && fadeCounter == 0)
+        {
+            lastInput = x;
+            return x;
+        }
+        return processDriven (x);
+    }
 
     // The curve alone: p is the previous input, g the linear drive gain.
     static float shape (int mode, float x, float p, float g) noexcept;
@@ -40,6 +49,8 @@ struct DriveShaper
 
 private:
     Memo softMemo, foldMemo;
+
+    float processDriven (float x) noexcept;
 
     static float shape (int mode, float x, float p, float g, Memo& soft, Memo& fold) noexcept;
 };

@@ -52,11 +52,8 @@ void MultibandDrive::prepare (double oversampledRate) noexcept
         band.prepare (sampleRate);
 }
 
-float MultibandDrive::process (float x) noexcept
+float MultibandDrive::processBands (float x) noexcept
 {
-    if (! enabled || mix <= 0.0f)
-        return x;
-
     float lowBand, rest, midBand, highBand;
     lowCrossover.process (x, lowBand, rest);
     highCrossover.process (rest, midBand, highBand);

@@ -53,6 +53,9 @@ struct MultibandDrive
     std::array<DriveShaper, numBands> bands;
 
     void prepare (double oversampledRate) noexcept;
-    float process (float x) noexcept;
+    float process (float x) noexcept { return enabled && mix > 0.0f ? processBands (x) : x; }
+
+private:
+    float processBands (float x) noexcept;
 };
 }

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "engine/FastMath.h"
+
 #include <array>
+#include <cmath>
 
 namespace morvane
 {
@@ -91,4 +94,92 @@ struct VoiceFilter
 private:
     float runModel (int m, float x) noexcept;
 };
+
+// The per-sample steps, inline so that the voice's loop runs them without calls.
+namespace filterDetail
+{
+    // Prediction of the fourth stage's output from the present states.
+    inline float predictedOutput (float G, float inverse, float s1, float s2, float s3, float s4) noexcept
+    {
+        return (G * G * G * s1 + G * G * s2 + G * s3 + s4) * inverse;
+    }
+
+    inline float fourStages (float u, float G, float& s1, float& s2, float& s3, float& s4) noexcept
+    {
+        u = onePoleStage (u, s1, G);
+        u = onePoleStage (u, s2, G);
+        u = onePoleStage (u, s3, G);
+        return onePoleStage (u, s4, G);
+    }
+}
+
+inline float LadderModel::process (float x) noexcept
+{
+    const float S = k == 0.0f ? 0.0f : filterDetail::predictedOutput (G, inverse, s1, s2, s3, s4);
+    // Without resonance the feedback term is exactly 0: skip its tanh.
+    const float u = k == 0.0f ? x : (1.0f + 0.5f * k) * x - k * fast::tanh (S);
+    return filterDetail::fourStages (u, G, s1, s2, s3, s4);
+}
+
+inline float DiodeModel::process (float x) noexcept
+{
+    float u = x;
+    if (k != 0.0f)
+    {
+        const float S = filterDetail::predictedOutput (G, inverse, s1, s2, s3, s4);
+        // The two directions limit differently.
+        const float t = S >= 0.0f ? fast::tanh (S) : 0.85f * fast::tanh (S / 0.85f);
+        u = x - k * t;
+    }
+    const float y4 = filterDetail::fourStages (u, G, s1, s2, s3, s4);
+    lowState += (y4 - lowState) * lowCoefficient;
+    return (y4 - 0.6f * lowState) * 0.95f;
+}
+
+inline float StateModel::process (float x) noexcept
+{
+    const float u = k == 0.0f ? x : x - k * fast::tanh (s4);
+    return 0.85f * filterDetail::fourStages (u, G, s1, s2, s3, s4);
+}
+
+inline float PhaseModel::process (float x) noexcept
+{
+    float u = x - k * feedbackSample;
+    for (size_t i = 0; i < a.size(); ++i)
+    {
+        const float y = s[i] - a[i] * u;
+        s[i] = a[i] * y + u;
+        u = y;
+    }
+    feedbackSample = u;
+    const float wet = (u - x) * notch + x;
+    return (wet - x) * mix + x;
+}
+
+inline float VoiceFilter::runModel (int m, float x) noexcept
+{
+    switch (m)
+    {
+        case ladder: return ladderModel.process (x);
+        case diode:  return diodeModel.process (x);
+        case state:  return stateModel.process (x);
+        default:
+            if (phaseModel.stale)
+                phaseModel.rebuild ((float) rate);
+            return phaseModel.process (x);
+    }
+}
+
+inline float VoiceFilter::process (float x) noexcept
+{
+    if (fadeCounter > 0)
+    {
+        const float before = runModel (previousModel, x);
+        const float now = runModel (model, x);
+        const float X = (1.0f - (float) fadeCounter / (float) fadeLength) * 1.5707964f;
+        --fadeCounter;
+        return std::cos (X) * before + std::sin (X) * now;
+    }
+    return runModel (model, x);
+}
 }

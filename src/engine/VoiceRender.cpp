@@ -298,8 +298,10 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         const float route = std::clamp (sm (S::noiseRouting).getNextValue(), 0.0f, 1.0f);
         const float preGain = (1.0f - route) * noiseGain;
         const float postGain = route * noiseGain;
-        noisePostLeft[(size_t) i] = noise[Side::left].next() * postGain;
-        noisePostRight[(size_t) i] = noise[Side::right].next() * postGain;
+        // Silent noise draws nothing, so a patch without noise pays nothing for it.
+        const bool noiseHeard = noiseGain != 0.0f;
+        noisePostLeft[(size_t) i] = noiseHeard ? noise[Side::left].next() * postGain : 0.0f;
+        noisePostRight[(size_t) i] = noiseHeard ? noise[Side::right].next() * postGain : 0.0f;
 
         // 19. Sub send and feedback.
         const float sendValue = sm (S::subSend).getNextValue();
@@ -336,8 +338,13 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
                 r = gain1 * a2 + gain2 * b2;
             }
 
-            l = mixBlockers[Side::left].process (l + noise[Side::left].next() * preGain);
-            r = mixBlockers[Side::right].process (r + noise[Side::right].next() * preGain);
+            if (noiseHeard)
+            {
+                l += noise[Side::left].next() * preGain;
+                r += noise[Side::right].next() * preGain;
+            }
+            l = mixBlockers[Side::left].process (l);
+            r = mixBlockers[Side::right].process (r);
 
             // Shares of the sub before the drive and after the multiband drive.
             float sendNow = send, postNow = postShare;

@@ -116,6 +116,22 @@ TEST (DriveShaper, DiodeIsTwoNewtonStepsOnTheDiodePair)
     EXPECT_LT (worst, 2.0e-7);
 }
 
+// Soft is the first-order antiderivative form of tanh: (F(gx) - F(gp)) / (g (x - p)), F = log cosh.
+TEST (DriveShaper, SoftIsTheAntiderivativeDifferenceOfTanh)
+{
+    const auto logCosh = [] (double t) { return std::abs (t) + std::log1p (std::exp (-2.0 * std::abs (t))) - std::log (2.0); };
+    double worst = 0.0;
+    for (float g : { 1.5f, 4.0f, 15.8f })
+        for (int i = -300; i <= 300; ++i)
+        {
+            const float x = 0.01f * (float) i + 0.0031f, p = x - 0.05f;
+            const double u = (double) g * x, w = (double) g * p;
+            const double want = (logCosh (u) - logCosh (w)) / (g * (u - w));
+            worst = std::max (worst, std::abs ((double) DriveShaper::shape (DriveShaper::soft, x, p, g) - want));
+        }
+    EXPECT_LT (worst, 2.0e-5);
+}
+
 TEST (DriveShaper, FoldFollowsTheAntiderivativeOfASine)
 {
     const float g = std::pow (10.0f, 6.0f / 20.0f);

@@ -1,19 +1,22 @@
 #include "engine/DriveShaper.h"
+#include "engine/CubicTable.h"
 #include "engine/FastMath.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 namespace morvane
 {
 namespace
 {
-    // log(cosh(t)) written so that exp never overflows.
+    // log cosh t = |t| - log 2 + log (1 + e^(-2|t|)). The last term is smooth and falls below a
+    // float's resolution of the whole past |t| = 9, so it is tabulated there (error about 1e-8).
+    const CubicTable<1024> logCoshTail (0.0, 9.0, [] (double a) { return std::log1p (std::exp (-2.0 * a)); });
+
     inline float logCosh (float t) noexcept
     {
         const float a = std::abs (t);
-        return fast::log ((fast::exp (-2.0f * a) + 1.0f) * 0.5f) + a;
+        return a - 0.693147181f + (a < 9.0f ? logCoshTail (a) : 0.0f);
     }
 
     template <typename Fn>
@@ -34,58 +37,37 @@ namespace
     }
 
     // Two Newton steps on a back-to-back diode pair (Vt 0.026, asymmetry 0.7), from the input.
-    // Their result depends on t = g x / 2 alone, so it is worked out once, in double precision,
-    // and read back with cubic interpolation (error about 1e-8). Past |t| = 0.5 both steps move by
-    // the same Vt-sized amount, so the curve is a straight line there (within 1e-9).
-    struct DiodeCurve
+    // Their result depends on t = g x / 2 alone, so it is worked out once, in double precision, and
+    // tabulated (error about 1e-8). Past |t| = 0.5 both steps move by the same Vt-sized amount,
+    // so the curve is a straight line there (within 1e-9).
+    double diodeNewton (double t) noexcept
     {
-        static constexpr double edge = 0.5;
-        static constexpr int intervals = 1024;
-        static constexpr float scale = (float) (intervals / (2.0 * edge));
-        std::array<float, intervals + 3> table {}; // one point beyond each end for the cubic
-        float offsetAbove = 0.0f, offsetBelow = 0.0f;
-
-        static double newton (double t) noexcept
+        double v = t;
+        for (int i = 0; i < 2; ++i)
         {
-            double v = t;
-            for (int i = 0; i < 2; ++i)
-            {
-                const double e = std::exp (std::clamp (v * 38.461536, -30.0, 30.0));
-                const double r = 0.7 / e;
-                v -= ((e - r) * 0.1 + (v - t)) / ((r + e) * 3.8461537 + 1.0);
-            }
-            return v;
+            const double e = std::exp (std::clamp (v * 38.461536, -30.0, 30.0));
+            const double r = 0.7 / e;
+            v -= ((e - r) * 0.1 + (v - t)) / ((r + e) * 3.8461537 + 1.0);
         }
+        return v;
+    }
 
-        DiodeCurve() noexcept
-        {
-            for (int i = 0; i < (int) table.size(); ++i)
-                table[(size_t) i] = (float) newton (-edge + (i - 1) / (double) scale);
-            offsetAbove = (float) (newton (edge) - edge);
-            offsetBelow = (float) (newton (-edge) + edge);
-        }
+    const CubicTable<1024> diodeCurve (-0.5, 0.5, diodeNewton);
+    const float diodeOffsetAbove = (float) (diodeNewton (0.5) - 0.5);
+    const float diodeOffsetBelow = (float) (diodeNewton (-0.5) + 0.5);
 
-        float operator() (float t) const noexcept
-        {
-            if (t >= (float) edge)
-                return t + offsetAbove;
-            if (t <= (float) -edge)
-                return t + offsetBelow;
-            const float x = (t + (float) edge) * scale;
-            const int i = std::min ((int) x, intervals - 1);
-            const float f = x - (float) i;
-            const float* p = table.data() + i; // p[1] sits at t's interval start
-            // Catmull-Rom through the four nearest points.
-            return p[1] + 0.5f * f * (p[2] - p[0] + f * (2.0f * p[0] - 5.0f * p[1] + 4.0f * p[2] - p[3]
-                                                      + f * (3.0f * (p[1] - p[2]) + p[3] - p[0])));
-        }
-    };
-
-    const DiodeCurve diodeCurve;
+    inline float diodeCurveAt (float t) noexcept
+    {
+        if (t >= 0.5f)
+            return t + diodeOffsetAbove;
+        if (t <= -0.5f)
+            return t + diodeOffsetBelow;
+        return diodeCurve (t);
+    }
 
     inline float diodeShape (float x, float g) noexcept
     {
-        return 2.0f / std::max (g, 1.0f) * diodeCurve (0.5f * g * x) * 0.9f;
+        return 2.0f / std::max (g, 1.0f) * diodeCurveAt (0.5f * g * x) * 0.9f;
     }
 
     inline float foldShape (float x, float p, float g, DriveShaper::Memo& memo) noexcept

@@ -30,75 +30,98 @@ void ModFx::prepare (double rate)
     for (auto& stage : stages)
         stage = { sampleRate, 0.0f, 0.0f, 0.0f };
     lfoPhase = phaserLast = chorusLowpass = 0.0f;
+    cornerCountdown = 0;
     chorusCoefficient = (float) (1.0 - std::exp (-25132.742 / sampleRate)); // 4 kHz
 }
 
 float ModFx::process (float input) noexcept
 {
     if (! enabled || mix <= 0.0f || line.buffer.empty())
+    {
+        cornerCountdown = 0;
         return input;
-
-    const float s = fast::sin (lfoPhase + lfoOffset);
-    lfoPhase += rateHz * 6.2831855f / (float) sampleRate;
-    if (lfoPhase >= 6.2831855f)
-        lfoPhase -= 6.2831855f;
+    }
 
     float wet;
-    switch (mode)
+    if (mode == phaser)
     {
-        case flanger:
+        wet = phaserStep (input);
+    }
+    else
+    {
+        cornerCountdown = 0;
+        const float s = fast::sin (lfoPhase + lfoOffset);
+        if (mode == flanger)
         {
             const float delayMs = depth * 3.5f * s + 4.0f;
             const float tap = line.read (delayMs * 0.001f * (float) sampleRate);
             line.write (input + fast::tanh (tap * feedback));
             wet = tap;
-            break;
         }
-        case phaser:
-            wet = phaserStep (input, s);
-            break;
-        default:
+        else
         {
             const float delayMs = depth * 8.0f * s + 18.0f;
             const float tap = line.read (delayMs * 0.001f * (float) sampleRate);
             line.write (input);
             chorusLowpass += (tap - chorusLowpass) * chorusCoefficient;
             wet = fast::tanh (chorusLowpass * 1.2f) * 0.85f;
-            break;
         }
     }
+
+    lfoPhase += rateHz * 6.2831855f / (float) sampleRate;
+    if (lfoPhase >= 6.2831855f)
+        lfoPhase -= 6.2831855f;
     return (wet - input) * mix + input;
 }
 
-float ModFx::phaserStep (float input, float s) noexcept
+std::array<float, 4> ModFx::cornersAt (float phaseAt) const noexcept
 {
-    const float f = fast::exp (depth * 1.245f * s + 6.765f);
+    const float f = fast::exp (depth * 1.245f * fast::sin (phaseAt + lfoOffset) + 6.765f);
     constexpr float multiples[] = { 0.5f, 0.85f, 1.2f, 1.6f };
     const float rate = (float) sampleRate;
 
-    // The four corners first, in one loop the compiler turns into vector code: each is
-    // (t - 1) / (t + 1) with t = tan (pi fc / rate), written as (sin - cos) / (sin + cos).
-    // fc stays under 0.45 of the rate, so the phase is under a quarter turn and needs no folding.
-    std::array<float, 4> coefficients;
-    for (size_t k = 0; k < coefficients.size(); ++k)
+    // One loop the compiler turns into vector code: each corner is (t - 1) / (t + 1) with
+    // t = tan (pi fc / rate), written as (sin - cos) / (sin + cos). fc stays under 0.45 of the
+    // rate, so the phase is under a quarter turn and needs no folding.
+    std::array<float, 4> corners;
+    for (size_t k = 0; k < corners.size(); ++k)
     {
         const float fc = std::clamp (multiples[k] * f, 20.0f, 0.45f * rate);
         const float turns = 0.5f * fc / rate;
         const float sine = fast::detail::sinQuarter (turns), cosine = fast::detail::sinQuarter (0.25f - turns);
-        coefficients[k] = (sine - cosine) / (sine + cosine);
+        corners[k] = (sine - cosine) / (sine + cosine);
+    }
+    return corners;
+}
+
+float ModFx::phaserStep (float input) noexcept
+{
+    if (cornerCountdown <= 0)
+    {
+        // Exact where the LFO stands now and where it will stand a span ahead.
+        const float increment = rateHz * 6.2831855f / (float) sampleRate;
+        const auto now = cornersAt (lfoPhase);
+        const auto ahead = cornersAt (lfoPhase + increment * (float) cornerSpan);
+        for (size_t k = 0; k < stages.size(); ++k)
+        {
+            stages[k].coefficient = now[k];
+            cornerStep[k] = (ahead[k] - now[k]) * (1.0f / (float) cornerSpan);
+        }
+        cornerCountdown = cornerSpan;
     }
 
     float x = feedback * phaserLast + input;
     for (size_t k = 0; k < stages.size(); ++k)
     {
         auto& stage = stages[k];
-        stage.coefficient = coefficients[k];
         // With (t - 1) / (t + 1) the pole sits at +|c|, so each stage turns a quarter cycle at fc.
         const float y = stage.coefficient * x + stage.lastInput - stage.coefficient * stage.lastOutput;
         stage.lastInput = x;
         stage.lastOutput = y;
+        stage.coefficient += cornerStep[k];
         x = y;
     }
+    --cornerCountdown;
     phaserLast = x;
     return x + input;
 }

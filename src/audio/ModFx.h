@@ -52,10 +52,18 @@ struct ModFx
     ModDelayLine line;
     std::array<PhaserStage, 4> stages;
 
+    // The phaser's corners glide in straight lines between exact values worked out every
+    // cornerSpan samples; over a span the sharpest bend of the sweep moves them by less than
+    // 1e-5 of their value (1 works every corner out on every sample).
+    int cornerSpan = 8;
+    std::array<float, 4> cornerStep {};
+    int cornerCountdown = 0;
+
     void prepare (double rate);
     float process (float input) noexcept;
 
 private:
-    float phaserStep (float input, float s) noexcept;
+    float phaserStep (float input) noexcept;
+    std::array<float, 4> cornersAt (float lfoPhaseAt) const noexcept;
 };
 }

@@ -2,6 +2,31 @@
 
 namespace morvane
 {
+namespace
+{
+    // Every "&#" opens a reference of 1 to 12 decimal digits or an x and 1 to 8 hexadecimal
+    // digits, closed by ';', as the framework's writer makes them.
+    bool numericReferencesClosed (const juce::String& text)
+    {
+        for (int at = text.indexOf ("&#"); at >= 0; at = text.indexOf (at + 2, "&#"))
+        {
+            auto p = text.getCharPointer() + (at + 2);
+            const bool hex = *p == 'x' || *p == 'X';
+            if (hex)
+                ++p;
+            int digits = 0;
+            while (hex ? juce::CharacterFunctions::getHexDigitValue (*p) >= 0 : juce::CharacterFunctions::isDigit (*p))
+            {
+                ++p;
+                ++digits;
+            }
+            if (digits < 1 || digits > (hex ? 8 : 12) || *p != ';')
+                return false;
+        }
+        return true;
+    }
+}
+
 std::unique_ptr<juce::XmlElement> parseXmlSafely (const juce::String& text)
 {
     auto body = text.trimStart();
@@ -14,7 +39,7 @@ std::unique_ptr<juce::XmlElement> parseXmlSafely (const juce::String& text)
             return nullptr;
         body = body.substring (end + 2);
     }
-    if (body.contains ("<?"))
+    if (body.contains ("<?") || ! numericReferencesClosed (body))
         return nullptr;
     return juce::XmlDocument::parse (body);
 }

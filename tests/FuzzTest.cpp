@@ -6,6 +6,7 @@
 #include "BinaryData.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <random>
 
 using namespace morvane;
@@ -61,6 +62,27 @@ bool rendersFinite (MorvaneAudioProcessor& p)
 
 // 20000 per target under ctest; MORVANE_FUZZ_RUNS sets a longer campaign.
 const int runs = [] { const char* v = std::getenv ("MORVANE_FUZZ_RUNS"); return v != nullptr ? std::max (1, std::atoi (v)) : 20000; }();
+}
+
+// Shortest forms only: the framework's string code sizes copies by the shortest form, so an
+// overlong one in a state blob overran the heap (found by libFuzzer).
+TEST (Fuzz, OnlyWellFormedUtf8IsTakenIn)
+{
+    const struct { const char* bytes; bool wellFormed; } cases[] = {
+        { "plain", true }, { "\xc3\xa9", true }, { "\xe2\x86\x92", true }, { "\xf0\x9f\x8e\xb8", true },
+        { "\xf4\x8f\xbf\xbf", true }, { "\xe0\x96\x9b", false }, { "\xc0\x80", false }, { "\xc1\xbf", false },
+        { "\xed\xa0\x80", false }, { "\xf0\x8f\xbf\xbf", false }, { "\xf4\x90\x80\x80", false },
+        { "\xf5\x80\x80\x80", false }, { "\xe2\x86", false }, { "\x80", false }, { "\xff", false },
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ (isWellFormedUtf8 (c.bytes, (int) std::strlen (c.bytes)), c.wellFormed) << c.bytes;
+
+    juce::MemoryOutputStream blob;
+    blob.writeInt (0x21324356);
+    const char text[] = "<PARAMS><PARAM id=\"\xe0\x96\x9b\" value=\"1\"/></PARAMS>";
+    blob.writeInt ((int) sizeof (text));
+    blob.write (text, sizeof (text));
+    EXPECT_EQ (xmlFromStateBlob (blob.getData(), (int) blob.getDataSize()), nullptr);
 }
 
 TEST (Fuzz, XmlThatTheFrameworkMisreadsIsRefusedBeforeItParses)
@@ -161,7 +183,7 @@ TEST (Fuzz, PresetDocumentsAndManifestsNeverCrash)
             ASSERT_TRUE (rendersFinite (p)) << i;
 
         const auto manifest = mutate (manifestText, rng);
-        if (! juce::CharPointer_UTF8::isValidString (manifest.data(), (int) manifest.size()))
+        if (! isWellFormedUtf8 (manifest.data(), (int) manifest.size()))
             continue; // the manifest is embedded, and only ever read as the text it was built from
         const auto catalogue = presets::parseCatalogue (juce::String::fromUTF8 (manifest.data(), (int) manifest.size()));
         entries += presets::totalEntries (catalogue);

@@ -67,9 +67,10 @@ void writeUserPreset (MorvaneAudioProcessor& processor, const juce::String& name
 
 bool loadPresetFile (MorvaneAudioProcessor& processor, const juce::File& file)
 {
-    if (! file.existsAsFile())
+    const auto text = readWellFormedTextFile (file);
+    if (! text)
         return false;
-    auto xml = parseXmlSafely (file.loadFileAsString());
+    auto xml = parseXmlSafely (*text);
     if (xml == nullptr)
         return false;
     // Any root passes: a document that names no parameter leaves every value as it is.

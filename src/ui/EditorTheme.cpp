@@ -1,5 +1,6 @@
 #include "ui/Editor.h"
 
+#include "audio/SafeXml.h"
 #include "presets/PresetLibrary.h"
 #include "ui/theme/Themes.h"
 
@@ -53,9 +54,10 @@ void Editor::chooseTheme (const juce::String& id)
 
 bool Editor::importThemeFile (const juce::File& file)
 {
-    if (! file.existsAsFile())
+    const auto read = readWellFormedTextFile (file);
+    if (! read)
         return false;
-    const auto text = file.loadFileAsString();
+    const auto text = *read;
     if (! applyThemeJson (juce::JSON::parse (text)))
         return false;
     publishWidgetTheme();

@@ -4,6 +4,8 @@
 #include "audio/SafeXml.h"
 #include "presets/Catalogue.h"
 
+#include <cstring>
+
 extern "C" int LLVMFuzzerTestOneInput (const uint8_t* data, size_t size)
 {
     auto& h = morvane::fuzz::Harness::get();
@@ -15,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput (const uint8_t* data, size_t size)
     }
 
     // The manifest is only ever read as the UTF-8 text it was built from.
-    if (juce::CharPointer_UTF8::isValidString (text, (int) size))
+    if (morvane::isWellFormedUtf8 (text, (int) size) && std::memchr (text, 0, size) == nullptr)
     {
         const auto catalogue = morvane::presets::parseCatalogue (juce::String::fromUTF8 (text, (int) size));
         if ((int) morvane::presets::flatEntries (catalogue).size() != morvane::presets::totalEntries (catalogue))

@@ -1,3 +1,4 @@
+#include "audio/SafeXml.h"
 #include "render/RenderOptions.h"
 #include "render/RenderSession.h"
 
@@ -11,7 +12,7 @@ int main (int argc, char* argv[])
     juce::StringArray args;
     for (int i = 1; i < argc; ++i)
     {
-        if (! juce::CharPointer_UTF8::isValidString (argv[i], (int) std::strlen (argv[i])))
+        if (! morvane::isWellFormedUtf8 (argv[i], (int) std::strlen (argv[i])))
         {
             std::cerr << "morvane-render: argument " << i << " is not valid UTF-8" << std::endl;
             return morvane::render::exitBadInput;

@@ -1,6 +1,7 @@
 #include "snapshot/Snapshot.h"
 
 #include "audio/PluginProcessor.h"
+#include "audio/SafeXml.h"
 #include "presets/PresetLibrary.h"
 #include "render/RenderSession.h"
 #include "snapshot/WidgetGallery.h"
@@ -38,7 +39,13 @@ bool checkThemeFile (const juce::File& file, juce::String& error)
         error = "cannot read theme file '" + file.getFullPathName() + "'";
         return false;
     }
-    if (const auto json = juce::JSON::parse (file.loadFileAsString()); ! json.isObject() || json.isArray())
+    const auto text = readWellFormedTextFile (file);
+    if (! text)
+    {
+        error = "invalid theme file '" + file.getFullPathName() + "': not well-formed UTF-8 text.";
+        return false;
+    }
+    if (const auto json = juce::JSON::parse (*text); ! json.isObject() || json.isArray())
     {
         error = "invalid theme file '" + file.getFullPathName() + "': Theme JSON must be an object.";
         return false;
@@ -66,7 +73,7 @@ std::optional<juce::Image> renderSnapshot (const SnapshotOptions& o, juce::Strin
         if (o.theme.isNotEmpty())
             ui::applyThemeById (o.theme);
         else if (o.themeFile)
-            ui::applyThemeJson (juce::JSON::parse (o.themeFile->loadFileAsString()));
+            ui::applyThemeJson (juce::JSON::parse (readWellFormedTextFile (*o.themeFile).value_or (juce::String())));
         else
             ui::applyThemeEntry (ui::darkTheme());
         ui::publishWidgetTheme();

@@ -36,16 +36,19 @@ float SubOscillator::valueAt (float p) const noexcept
     return usePd ? waveShape (wave, p, dcw, 16.0f) * rmsGain : fast::sin2pi (p);
 }
 
-float SubOscillator::process() noexcept
+float SubOscillator::process (bool audible) noexcept
 {
-    float y = valueAt (phase);
+    float y = audible ? valueAt (phase) : 0.0f;
     if (fadeCounter > 0)
     {
-        const float old = valueAt (oldPhase);
+        if (audible)
+        {
+            const float old = valueAt (oldPhase);
+            const float x = 1.0f - (float) fadeCounter / (float) fadeLength;
+            const float s = (3.0f - 2.0f * x) * x * x;
+            y = (1.0f - s) * old + s * y;
+        }
         oldPhase += increment;
-        const float x = 1.0f - (float) fadeCounter / (float) fadeLength;
-        const float s = (3.0f - 2.0f * x) * x * x;
-        y = (1.0f - s) * old + s * y;
         if (oldPhase >= 1.0f)
             oldPhase -= std::floor (oldPhase);
         --fadeCounter;

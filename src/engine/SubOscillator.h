@@ -24,7 +24,8 @@ struct SubOscillator
     // Runs on from the old phase while the new one fades in.
     void resetPhase() noexcept;
 
-    float process() noexcept;
+    // One step. An inaudible sub (its gain 0) keeps its phases running but shapes nothing.
+    float process (bool audible = true) noexcept;
 
 private:
     float valueAt (float p) const noexcept;

@@ -83,6 +83,9 @@ void VoiceEngine::prepare (double newSampleRate, int maximumBlockSize)
 
     for (auto& m : multiband)
         m.prepare (overRate);
+    // The right side starts as a bit copy of the left, so that it compares equal while it runs alike.
+    copyChainToRight();
+    chainLocked = false;
     for (auto& eq : postEqs)
         eq.prepare (sampleRate);
     for (auto& unit : modFx)
@@ -106,6 +109,15 @@ void VoiceEngine::prepare (double newSampleRate, int maximumBlockSize)
         2, 1, juce::dsp::Oversampling<float>::filterHalfBandPolyphaseIIR, true, false);
     oversampler->initProcessing ((size_t) maxChunk);
     oversampler->reset();
+    dryBuffer.setSize (2, maxChunk, false, true, false);
+    // The upward path only lends the block the voice is written into. On silence from a reset
+    // state it leaves its filters at 0, so one pass here gives the block for good.
+    {
+        dryBuffer.clear();
+        juce::dsp::AudioBlock<float> dryBlock (dryBuffer);
+        auto upBlock = oversampler->processSamplesUp (dryBlock);
+        oversampledChannels = { upBlock.getChannelPointer (0), upBlock.getChannelPointer (1) };
+    }
 
     gainBuffer.assign ((size_t) maxChunk, 0.0f);
     noisePostLeft.assign ((size_t) maxChunk, 0.0f);
@@ -113,7 +125,6 @@ void VoiceEngine::prepare (double newSampleRate, int maximumBlockSize)
     outputControls.assign ((size_t) maxChunk, OutputControls {});
     antiClickLength = std::max ((int) (sampleRate * 0.003 + 0.5), 1);
     antiClickCounter = 0;
-    dryBuffer.setSize (2, maxChunk, false, true, false);
 
     params.fill (*tree);
     const char* prefixes[numGroups] = { "amp", "filter", "osc1Dcw", "osc2Dcw" };

@@ -164,6 +164,9 @@ private:
 
     void renderChunk (juce::AudioBuffer<float>& buffer, int start, int n) noexcept;
     void updatePairLocks() noexcept;
+    void updateChainLock (bool sidesAlike) noexcept;
+    void copyChainToRight() noexcept;
+    bool chainSidesEqual() const noexcept;
     void outputStage (juce::AudioBuffer<float>& buffer, int start, int n) noexcept;
 
     juce::AudioProcessorValueTreeState* tree = nullptr;
@@ -187,6 +190,7 @@ private:
 
     std::unique_ptr<juce::dsp::Oversampling<float>> oversampler;
     juce::AudioBuffer<float> dryBuffer;
+    std::array<float*, 2> oversampledChannels {};
     std::vector<float> gainBuffer, noisePostLeft, noisePostRight;
     int maxChunk = 64;
 
@@ -245,6 +249,10 @@ private:
     // Each oscillator's right side, while it runs exactly as its left, is not run at all: the
     // left's output stands for both, and its state is copied over when the two part.
     std::array<bool, 2> pairLocked {};
+    // Likewise the right side of the chain from the mix blocker to the multiband drive, while both
+    // sides get the same signal and hold the same state; the lock is tried once a chunk.
+    bool chainLocked = false;
+    bool chainCheckDue = true;
     std::array<CachedExp, 3> bandGainCaches;
     int makeupCacheMode = -1;
 };

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <type_traits>
 
 namespace morvane
 {
@@ -59,6 +61,63 @@ void VoiceEngine::updatePairLocks() noexcept
     }
 }
 
+namespace
+{
+    // Bit copies and comparisons: two sides that ran alike hold the same bytes, padding included,
+    // so equal bytes are proof that the one can stand for the other.
+    template <typename T>
+    void copyBits (T& to, const T& from) noexcept
+    {
+        static_assert (std::is_trivially_copyable_v<T>);
+        std::memcpy (&to, &from, sizeof (T));
+    }
+
+    template <typename T>
+    bool sameBits (const T& a, const T& b) noexcept
+    {
+        static_assert (std::is_trivially_copyable_v<T>);
+        return std::memcmp (&a, &b, sizeof (T)) == 0;
+    }
+}
+
+void VoiceEngine::copyChainToRight() noexcept
+{
+    copyBits (mixBlockers[Side::right], mixBlockers[Side::left]);
+    for (auto& bank : shaperBanks)
+        copyBits (bank[Side::right], bank[Side::left]);
+    for (auto& bank : filterBanks)
+        copyBits (bank[Side::right], bank[Side::left]);
+    copyBits (multiband[Side::right], multiband[Side::left]);
+    toneStates[Side::right] = toneStates[Side::left];
+    feedbackSamples[Side::right] = feedbackSamples[Side::left];
+}
+
+bool VoiceEngine::chainSidesEqual() const noexcept
+{
+    bool equal = sameBits (mixBlockers[Side::right], mixBlockers[Side::left])
+              && sameBits (multiband[Side::right], multiband[Side::left])
+              && sameBits (toneStates[Side::right], toneStates[Side::left])
+              && sameBits (feedbackSamples[Side::right], feedbackSamples[Side::left]);
+    for (size_t b = 0; b < 2 && equal; ++b)
+        equal = sameBits (shaperBanks[b][Side::right], shaperBanks[b][Side::left])
+             && sameBits (filterBanks[b][Side::right], filterBanks[b][Side::left]);
+    return equal;
+}
+
+void VoiceEngine::updateChainLock (bool sidesAlike) noexcept
+{
+    if (chainLocked && ! sidesAlike)
+    {
+        copyChainToRight();
+        chainLocked = false;
+    }
+    else if (! chainLocked && sidesAlike && chainCheckDue)
+    {
+        chainCheckDue = false;
+        chainLocked = chainSidesEqual();
+    }
+}
+
 void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int n) noexcept
 {
     if (! ampEnvelope.isActive())
@@ -67,6 +126,7 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
     setSmootherTargets();
     readModSlots();
     updateEnvelopeParameters();
+    chainCheckDue = true;
 
     if (currentNote >= 0)
     {
@@ -83,12 +143,9 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
     detuneMode = params.index (P::detuneMode);
     autoMakeup = params.on (P::driveAutoMakeup);
 
-    dryBuffer.clear (0, n);
     juce::dsp::AudioBlock<float> dryBlock (dryBuffer.getArrayOfWritePointers(), 2, (size_t) n);
-    auto upBlock = oversampler->processSamplesUp (dryBlock);
-    upBlock.clear();
-    float* overLeft = upBlock.getChannelPointer (0);
-    float* overRight = upBlock.getChannelPointer (1);
+    float* overLeft = oversampledChannels[0];
+    float* overRight = oversampledChannels[1];
 
     for (int i = 0; i < n; ++i)
     {
@@ -317,6 +374,9 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         const bool audible1 = gain1 != 0.0f && (mode != 1 || gain2 != 0.0f);
         const bool audible2 = gain2 != 0.0f && (mode != 1 || gain1 != 0.0f);
         updatePairLocks();
+        const bool sidesAlike = (pairLocked[0] || ! audible1) && (pairLocked[1] || ! audible2) && ! noiseHeard
+                             && filterControls.stereo == 0.0f;
+        updateChainLock (sidesAlike);
         for (int k = 0; k < 2; ++k)
         {
             const float a1 = oscillators[0].process (audible1);
@@ -324,7 +384,7 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
             const float b1 = oscillators[2].process (audible2);
             const float b2 = pairLocked[1] ? b1 : oscillators[3].process (audible2);
             // The two subs share phase and increment by construction, so one is computed.
-            const float sub = subs[Side::left].process() * gainSub;
+            const float sub = subs[Side::left].process (gainSub != 0.0f) * gainSub;
 
             float l, r;
             if (mode == 1)
@@ -343,9 +403,6 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
                 l += noise[Side::left].next() * preGain;
                 r += noise[Side::right].next() * preGain;
             }
-            l = mixBlockers[Side::left].process (l);
-            r = mixBlockers[Side::right].process (r);
-
             // Shares of the sub before the drive and after the multiband drive.
             float sendNow = send, postNow = postShare;
             if (routingFadeCounter > 0)
@@ -359,48 +416,38 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
                     previousSubRouting = subRouting;
             }
 
-            l += sendNow * sub;
-            r += sendNow * sub;
-            if (feedbackPre)
-            {
-                l += feedbackGain * feedbackSamples[Side::left];
-                r += feedbackGain * feedbackSamples[Side::right];
-            }
-
             // Drive and filter in the order of the drive position; the filter runs while disabled.
-            if (positionFadeCounter > 0)
+            const bool positionFading = positionFadeCounter > 0;
+            float leaving = 0.0f, entering = 1.0f;
+            if (positionFading)
             {
                 const float x = (1.0f - (float) positionFadeCounter / (float) positionFadeLength) * 1.5707964f;
-                const float c = fast::cos (x), s = fast::sin (x);
-                l = c * driveAndFilter (0, Side::left, l, previousDrivePosition)
-                + s * driveAndFilter (1, Side::left, l, drivePosition);
-                r = c * driveAndFilter (0, Side::right, r, previousDrivePosition)
-                + s * driveAndFilter (1, Side::right, r, drivePosition);
-                if (--positionFadeCounter == 0)
-                    finishDrivePositionFade();
-            }
-            else
-            {
-                l = driveAndFilter (0, Side::left, l, drivePosition);
-                r = driveAndFilter (0, Side::right, r, drivePosition);
+                leaving = fast::cos (x);
+                entering = fast::sin (x);
             }
 
-            if (! feedbackPre)
+            const auto chain = [&] (int side, float x) noexcept
             {
-                l += feedbackGain * feedbackSamples[Side::left];
-                r += feedbackGain * feedbackSamples[Side::right];
-            }
-            // "diode" hardly saturates above its knee, so with heavy makeup the loop could gain more
-            // than it loses; the held range is far above any level the loop reaches otherwise.
-            for (int side = 0; side < 2; ++side)
-            {
+                x = mixBlockers[(size_t) side].process (x) + sendNow * sub;
+                if (feedbackPre)
+                    x += feedbackGain * feedbackSamples[(size_t) side];
+                x = positionFading ? leaving * driveAndFilter (0, side, x, previousDrivePosition)
+                                         + entering * driveAndFilter (1, side, x, drivePosition)
+                                   : driveAndFilter (0, side, x, drivePosition);
+                if (! feedbackPre)
+                    x += feedbackGain * feedbackSamples[(size_t) side];
+                // "diode" hardly saturates above its knee, so with heavy makeup the loop could gain more
+                // than it loses; the held range is far above any level the loop reaches otherwise.
                 auto& tone = toneStates[(size_t) side];
-                tone = std::clamp (tone + ((side == 0 ? l : r) - tone) * toneCoefficient, -feedbackLimit, feedbackLimit);
+                tone = std::clamp (tone + (x - tone) * toneCoefficient, -feedbackLimit, feedbackLimit);
                 feedbackSamples[(size_t) side] = tone;
-            }
+                return multiband[(size_t) side].process (x) + postNow * sub;
+            };
+            l = chain (Side::left, l);
+            r = chainLocked ? l : chain (Side::right, r);
 
-            l = multiband[Side::left].process (l) + postNow * sub;
-            r = multiband[Side::right].process (r) + postNow * sub;
+            if (positionFading && --positionFadeCounter == 0)
+                finishDrivePositionFade();
 
             overLeft[2 * i + k] = l;
             overRight[2 * i + k] = r;
@@ -413,6 +460,8 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         if (pairLocked[p])
             oscillators[2 * p + 1].copyStepFrom (oscillators[2 * p]);
     subs[Side::right] = subs[Side::left];
+    if (chainLocked)
+        copyChainToRight();
 
     oversampler->processSamplesDown (dryBlock);
     outputStage (buffer, start, n);

@@ -248,3 +248,38 @@ TEST (VoicePostEq, TiltAndNotchActOnTheRenderedVoice)
     auto tilted = sineVoice ({ { "postEqEnable", 1.0f }, { "postEqTilt", -12.0f } });
     EXPECT_GT (harmonic (holdNote (*tilted), 110.0), 2.5 * harmonic (holdNote (*flat), 110.0));
 }
+
+TEST (VoiceMix, ARightSideRunAsACopySoundsAsOneRunOnItsOwn)
+{
+    // A phase stereo offset only moves the "phase" model, so with the ladder it changes no sample,
+    // but it keeps the right side running on its own. Every stage that holds state is on, the drive
+    // position fades, and a noise burst parts the two sides for a while.
+    Settings patch { { "drive", 12.0f }, { "feedbackAmount", 0.6f }, { "filterReso", 0.7f }, { "filterCutoff", 500.0f },
+                     { "mbdEnable", 1.0f }, { "mbdLowAmount", 9.0f }, { "subLevel", -12.0f }, { "subDriveSend", 0.5f } };
+    auto copied = sineVoice (patch);
+    auto ownRight = sineVoice (patch);
+    setParameter (*ownRight, "phaseStereo", 0.001f);
+    const auto play = [] (MorvaneAudioProcessor& p)
+    {
+        juce::AudioBuffer<float> out (2, 4 * 12032);
+        const auto part = [&] (int index, const std::vector<NoteEvent>& notes)
+        {
+            const auto b = renderProcessor (p, 12032, 256, notes);
+            for (int ch = 0; ch < 2; ++ch)
+                out.copyFrom (ch, index * 12032, b, ch, 0, 12032);
+        };
+        part (0, { { 0, 40, 1.0f } });
+        setParameter (p, "drivePosition", 1.0f);
+        part (1, {});
+        setParameter (p, "noiseLevel", -20.0f);
+        part (2, { { 5000, 43, 1.0f } });
+        setParameter (p, "noiseLevel", -90.0f);
+        part (3, {});
+        return out;
+    };
+    const auto a = play (*copied), b = play (*ownRight);
+    for (int ch = 0; ch < 2; ++ch)
+        for (int i = 0; i < a.getNumSamples(); ++i)
+            ASSERT_EQ (a.getSample (ch, i), b.getSample (ch, i)) << "channel " << ch << ", sample " << i;
+    EXPECT_GT (rms (a.getReadPointer (1), a.getNumSamples()), 0.01);
+}

@@ -68,11 +68,4 @@ void evaluateMatrix (const std::array<ModSlot, numModSlots>& slots, const std::a
         slotOutputs[i].store (out, std::memory_order_relaxed);
     }
 }
-
-float sumGainFactor (float sumDb) noexcept
-{
-    if (sumDb == 0.0f)
-        return 1.0f;
-    return sumDb <= -90.0f ? 0.0f : fast::dbToGain (sumDb);
-}
 }

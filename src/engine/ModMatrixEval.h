@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/FastMath.h"
 #include "engine/ModMatrix.h"
 
 #include <atomic>
@@ -15,5 +16,10 @@ void evaluateMatrix (const std::array<ModSlot, numModSlots>& slots, const std::a
                      ModSums& sums, std::array<std::atomic<float>, numModSlots>& slotOutputs) noexcept;
 
 // A dB sum as a factor on a gain: 1 for a sum of exactly 0, 0 at -90 dB or below.
-float sumGainFactor (float sumDb) noexcept;
+inline float sumGainFactor (float sumDb) noexcept
+{
+    if (sumDb == 0.0f)
+        return 1.0f;
+    return sumDb <= -90.0f ? 0.0f : fast::dbToGain (sumDb);
+}
 }

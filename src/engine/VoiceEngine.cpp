@@ -165,6 +165,7 @@ void VoiceEngine::prepare (double newSampleRate, int maximumBlockSize)
 
 void VoiceEngine::updateLfoRate (float rate, float plainRate, float phaseDegrees) noexcept
 {
+    appliedLfoArguments = { rate, plainRate, phaseDegrees };
     // The rate control's position picks the sync row; its pow is paid only when the rate moves.
     if (plainRate != lastPlainLfoRate)
     {

@@ -179,6 +179,9 @@ private:
     juce::NormalisableRange<float> lfoRateRange { 0.05f, 20.0f };
     float lastPlainLfoRate = -1.0f;
     float lastNormalisedLfoRate = 0.5f;
+    // The LFO's rate, plain rate and phase last handed to it; the shape and sync change only
+    // between chunks, so the same three give the same LFO.
+    std::array<float, 3> appliedLfoArguments {};
 
     std::array<juce::SmoothedValue<float>, (size_t) S::count> linear;
     juce::SmoothedValue<float, juce::ValueSmoothingTypes::Multiplicative> cutoff { 20000.0f };

@@ -139,6 +139,7 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
     lfo.bpm = hostBpm > 0.0f ? hostBpm : 120.0f;
     updateLfoRate (sm (S::lfoRate).getCurrentValue(), sm (S::lfoRate).getCurrentValue(), sm (S::lfoPhase).getCurrentValue());
 
+    const float chunkSubRatio = subRatio();
     mode = params.index (P::mode);
     detuneMode = params.index (P::detuneMode);
     autoMakeup = params.on (P::driveAutoMakeup);
@@ -163,7 +164,9 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         const float lfoPhaseValue = sm (S::lfoPhase).getNextValue();
 
         // 3. LFO, with the matrix's rate and depth shares of the previous sample.
-        updateLfoRate (std::clamp (lfoRateValue + lastLfoRateSum, 0.001f, 200.0f), lfoRateValue, lfoPhaseValue);
+        const std::array<float, 3> lfoArguments { std::clamp (lfoRateValue + lastLfoRateSum, 0.001f, 200.0f), lfoRateValue, lfoPhaseValue };
+        if (lfoArguments != appliedLfoArguments)
+            updateLfoRate (lfoArguments[0], lfoArguments[1], lfoArguments[2]);
         const float lfoDepth = std::clamp (sm (S::lfoDepth).getNextValue() + lastLfoDepthSum, 0.0f, 1.0f);
         float lfoValue = 0.0f;
         if (sourceInUse[5])
@@ -240,7 +243,7 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         oscillators[1].frequency = oscillators[0].frequency;
         oscillators[2].frequency = fHigh * tune2 * driftRatio;
         oscillators[3].frequency = fLow * tune2 * driftRatio;
-        const float subHz = f * subRatio();
+        const float subHz = f * chunkSubRatio;
         for (auto& sub : subs)
             sub.setFrequency (subHz);
 

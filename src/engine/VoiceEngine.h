@@ -247,6 +247,27 @@ private:
         }
     };
     FilterControls appliedFilterControls { -1.0f, -1.0f, -1.0f, -1.0f };
+
+    // Control values that move only with a smoother or a matrix sum, for the present host sample.
+    struct SlowControls
+    {
+        float pitchRatio = 1.0f;
+        float beat = 0.0f, w = 1.0f, detuneOffset = 0.0f, detuneRatio = 1.0f, detuneLowRatio = 1.0f;
+        float driftAmount = 0.0f, tune1 = 1.0f, tune2 = 1.0f;
+        float gain1 = 0.0f, gain2 = 0.0f, gainSub = 0.0f;
+        bool audible1 = false, audible2 = false;
+        float envelopeSemitones = 0.0f, cutoffSemitones = 0.0f, cutoffHz = 20000.0f;
+        FilterControls filter { 0.0f, 0.0f, 0.0f, 0.0f };
+        OutputControls output;
+        float outGain = 1.0f, ampFactor = 1.0f;
+        float noisePreGain = 0.0f, noisePostGain = 0.0f;
+        bool noiseHeard = false;
+        float send = 0.0f, postShare = 1.0f, feedbackGain = 0.0f, toneCoefficient = 0.0f;
+        bool feedbackPre = true;
+    };
+    SlowControls slow;
+    bool anyControlSmoothing() const noexcept;
+    void updateSlowControls (int leftMode) noexcept;
     bool cutoffApplied = false;
 
     // Each oscillator's right side, while it runs exactly as its left, is not run at all: the

@@ -14,12 +14,6 @@ namespace
 {
     constexpr float feedbackLimit = 4.0f;
 
-    // 2^(semitones / 12), exactly 1 at 0 so that an untouched control costs no pow. Pitch keeps
-    // the library's exp2: a frequency error of 1e-7 grows into audible phase drift over a note.
-    inline float semitoneRatio (float semitones) noexcept
-    {
-        return semitones == 0.0f ? 1.0f : std::exp2 (semitones * (1.0f / 12.0f));
-    }
 }
 
 void VoiceEngine::render (juce::AudioBuffer<float>& buffer, int startSample, int numSamples) noexcept
@@ -143,6 +137,8 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
     mode = params.index (P::mode);
     detuneMode = params.index (P::detuneMode);
     autoMakeup = params.on (P::driveAutoMakeup);
+    const int leftMode = shaperBanks[0][Side::left].mode;
+    const bool controlsMove = anyControlSmoothing();
 
     juce::dsp::AudioBlock<float> dryBlock (dryBuffer.getArrayOfWritePointers(), 2, (size_t) n);
     float* overLeft = oversampledChannels[0];
@@ -202,183 +198,83 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
             matrixStale = false;
         }
 
-        // 7. Pitch.
-        const float semis = sm (S::bend).getNextValue() + sums[dest::pitch];
-        const float f = pitchCache.get (currentPitch, [] (float p) { return 440.0f * std::exp2 ((p - 69.0f) * (1.0f / 12.0f)); })
-                        * semitoneRatio (semis);
+        // 7. Controls that move only with a smoother or a matrix sum: while neither moves, the
+        // values of the sample before stand.
+        if (controlsMove || sourcesMoved || i == 0)
+            updateSlowControls (leftMode);
+        const auto& c = slow;
 
-        // 8. Detune and beat.
-        const float detuneCents = sm (S::detuneCents).getNextValue();
-        const float detuneHz = sm (S::detuneHz).getNextValue();
-        const float spread = std::clamp (sm (S::stereoWidth).getNextValue() + sm (S::spread).getNextValue()
-                                             + sums[dest::reeseSpread], 0.0f, 1.0f);
-        const float beat = std::clamp (sm (S::beat).getNextValue() + sums[dest::reeseBeat], 0.0f, 40.0f);
-        const float w = 1.0f - 2.0f * spread; // 1 mono, 0 only left detuned, -1 opposite sides
+        // 8. Pitch, detune and beat.
+        const float f = pitchCache.get (currentPitch, [] (float p) { return 440.0f * std::exp2 ((p - 69.0f) * (1.0f / 12.0f)); })
+                        * c.pitchRatio;
         float fHigh, fLow;
         if (detuneMode == 1)
         {
-            const float d = detuneHz + sums[dest::osc2DetuneHz] + beat;
-            fHigh = f + d;
-            fLow = f + w * d;
+            fHigh = f + c.detuneOffset;
+            fLow = f + c.w * c.detuneOffset;
         }
         else
         {
-            const float octaves = (detuneCents + sums[dest::osc2Detune]) * 0.00083333335f;
-            const auto exp2 = [] (float o) { return std::exp2 (o); };
-            const float r = detuneCache.get (octaves, exp2);
-            fHigh = r * f + beat;
-            fLow = (w == 1.0f ? r : detuneLowCache.get (w * octaves, exp2)) * f + w * beat;
+            fHigh = c.detuneRatio * f + c.beat;
+            fLow = c.detuneLowRatio * f + c.w * c.beat;
         }
         beatPhase += std::abs (fHigh - fLow) / (float) sampleRate;
         if (beatPhase >= 1.0f)
             beatPhase -= std::floor (beatPhase);
 
         // 9. Drift, in opposite senses on the two pairs.
-        const float driftRatio = drift.ratio (sm (S::drift).getNextValue() + sums[dest::drift]);
+        const float driftRatio = drift.ratio (c.driftAmount);
 
         // 10. Oscillator frequencies.
-        const float tune1 = semitoneRatio (sm (S::osc1Tune).getNextValue());
-        const float tune2 = semitoneRatio (sm (S::osc2Tune).getNextValue());
-        oscillators[0].frequency = f * tune1 / driftRatio;
+        oscillators[0].frequency = f * c.tune1 / driftRatio;
         oscillators[1].frequency = oscillators[0].frequency;
-        oscillators[2].frequency = fHigh * tune2 * driftRatio;
-        oscillators[3].frequency = fLow * tune2 * driftRatio;
+        oscillators[2].frequency = fHigh * c.tune2 * driftRatio;
+        oscillators[3].frequency = fLow * c.tune2 * driftRatio;
         const float subHz = f * chunkSubRatio;
         for (auto& sub : subs)
             sub.setFrequency (subHz);
 
-        // 11. DCW depths, morph, pulse widths.
-        const bool lock = params.on (P::reeseLock);
-        const float dcw1Smoothed = sm (S::osc1Dcw).getNextValue();
-        const float dcw2Smoothed = sm (S::osc2Dcw).getNextValue();
-        const float depth1 = std::clamp (dcw1Smoothed + sums[dest::osc1Dcw], 0.0f, 1.0f);
-        const float depth2 = std::clamp ((lock ? dcw1Smoothed : dcw2Smoothed) + sums[dest::osc2Dcw], 0.0f, 1.0f);
-        const float morph = std::clamp (sm (S::morph).getNextValue() + sums[dest::pdMorph], 0.0f, 1.0f);
-        const float width1 = std::clamp (sm (S::osc1Width).getNextValue() + sums[dest::osc1Pw], 0.05f, 0.95f);
-        const float width2Smoothed = sm (S::osc2Width).getNextValue();
-        const float width2 = std::clamp ((lock ? width1 : width2Smoothed) + sums[dest::osc2Pw], 0.05f, 0.95f);
-        const float subDcw = std::clamp (sm (S::subDcw).getNextValue() + sums[dest::subDcw], 0.0f, 1.0f);
-        for (auto& sub : subs)
-            sub.dcw = subDcw;
-        for (int o = 0; o < 4; ++o)
-        {
-            auto& osc = oscillators[(size_t) o];
-            osc.dcwDepth = o < 2 ? depth1 : depth2;
-            osc.pulseWidth = o < 2 ? width1 : width2;
-            osc.morph = morph;
-        }
-
-        // 12. Oscillator and sub gains.
-        const float gain1 = sm (S::osc1Gain).getNextValue() * sumGainFactor (sums[dest::osc1Level]);
-        const float gain2 = sm (S::osc2Gain).getNextValue() * sumGainFactor (sums[dest::osc2Level]);
-        const float gainSub = sm (S::subGain).getNextValue() * sumGainFactor (sums[dest::subLevel]);
-
-        // 13. Drive gain, makeup, drive mix, filter wet.
-        const float driveDb = sm (S::driveDb).getNextValue() * velToDriveScale + sums[dest::drive];
-        const float driveGain = driveGainCache.get (std::clamp (driveDb, 0.0f, 24.0f),
-                                                    [] (float d) { return std::pow (10.0f, d * 0.05f); });
-        for (auto& bank : shaperBanks)
-            for (auto& shaper : bank)
-                shaper.gain = driveGain;
-        const int leftMode = shaperBanks[0][Side::left].mode;
-        float autoGain = 1.0f;
-        if (autoMakeup)
-        {
-            if (leftMode != makeupCacheMode)
-            {
-                makeupCacheMode = leftMode;
-                makeupCache.key = std::numeric_limits<float>::quiet_NaN();
-            }
-            autoGain = makeupCache.get (driveDb, [leftMode] (float d) { return DriveShaper::autoMakeup (leftMode, d); });
-        }
-        driveMakeup = sm (S::makeupGain).getNextValue() * autoGain;
-        driveMixAmount = std::clamp (sm (S::driveMix).getNextValue(), 0.0f, 1.0f);
-        filterWetAmount = std::clamp (sm (S::filterWet).getNextValue(), 0.0f, 1.0f);
-
-        // 14. Filter controls: one cut-off for every filter, so its coefficients are worked out once.
-        const float envAmount = sm (S::envAmount).getNextValue() * velToFilterScale;
-        const float octaves = ((envAmount + sums[dest::filterEnv]) * filterEnvValue + sums[dest::cutoff]) * (1.0f / 12.0f);
+        // 11. Filter cut-off: one for every filter, so its coefficients are worked out once.
+        const float octaves = (c.envelopeSemitones * filterEnvValue + c.cutoffSemitones) * (1.0f / 12.0f);
         const float octaveFactor = cutoffOctaveCache.get (octaves, [] (float o) { return fast::exp2 (o); });
-        const float hz = std::clamp (cutoff.getNextValue() * octaveFactor, 20.0f, 20000.0f);
+        const float hz = std::clamp (c.cutoffHz * octaveFactor, 20.0f, 20000.0f);
         if (! (hz == cutoffKey))
         {
             cutoffKey = hz;
             cutoffCoefficients = VoiceFilter::coefficientsFor (hz, sampleRate * 2.0);
             cutoffApplied = false;
         }
-        const FilterControls filterControls {
-            std::clamp (sm (S::resonance).getNextValue() + sums[dest::resonance], 0.0f, 1.0f),
-            std::clamp (sm (S::phaseMix).getNextValue() + sums[dest::phaseMix], 0.0f, 1.0f),
-            std::clamp (sm (S::phaseNotch).getNextValue() + sums[dest::phaseNotch], 0.0f, 1.0f),
-            std::clamp (sm (S::phaseStereo).getNextValue(), 0.0f, 1.0f)
-        };
-        if (! cutoffApplied || ! (filterControls == appliedFilterControls))
+        if (! cutoffApplied || ! (c.filter == appliedFilterControls))
         {
             for (auto& bank : filterBanks)
                 for (int side = 0; side < 2; ++side)
                 {
                     auto& filter = bank[(size_t) side];
                     filter.applyCutoff (cutoffCoefficients);
-                    filter.setResonance (filterControls.reso);
-                    filter.setPhaseControls (filterControls.mix, filterControls.notch,
-                                             side == left ? -filterControls.stereo : filterControls.stereo);
+                    filter.setResonance (c.filter.reso);
+                    filter.setPhaseControls (c.filter.mix, c.filter.notch, side == left ? -c.filter.stereo : c.filter.stereo);
                 }
             cutoffApplied = true;
-            appliedFilterControls = filterControls;
+            appliedFilterControls = c.filter;
         }
 
-        // 15. Multiband drive, Mod FX and post EQ controls.
-        updateMultiband (leftMode);
-        auto& controls = outputControls[(size_t) i];
-        controls.fxEnabled = params.on (P::modFxEnable);
-        controls.fxMode = std::clamp (params.index (P::modFxMode), 0, 2);
-        controls.fxRate = std::clamp (sm (S::modFxRate).getNextValue() + sums[dest::modFxRate], 0.05f, 8.0f);
-        controls.fxDepth = std::clamp (sm (S::modFxDepth).getNextValue() + sums[dest::modFxDepth], 0.0f, 1.0f);
-        controls.fxFeedback = std::clamp (sm (S::modFxFeedback).getNextValue(), 0.0f, 0.95f);
-        controls.fxMix = std::clamp (sm (S::modFxMix).getNextValue(), 0.0f, 1.0f);
-        controls.eqEnabled = params.on (P::postEqEnable);
-        controls.tilt = std::clamp (sm (S::tilt).getNextValue(), -12.0f, 12.0f);
-        const float notchSum = sums[dest::eqNotchHz];
-        controls.notchHz = std::clamp (notchHz.getNextValue() * (notchSum != 0.0f ? fast::exp2 (notchSum * (1.0f / 12.0f)) : 1.0f),
-                                       50.0f, 12000.0f);
-        controls.notchDepth = std::clamp (sm (S::notchDepth).getNextValue(), 0.0f, 1.0f);
-
-        // 16. Output gain with the amp envelope and the matrix's amp factor.
-        float outGain = sm (S::outputGain).getNextValue();
-        outGain *= sumGainFactor (sums[dest::output]);
-        gainBuffer[(size_t) i] = outGain * ampEnvValue * sums.ampFactor;
-
-        // 17. Sums read by the LFO on the next sample.
-        lastLfoRateSum = sums[dest::lfo1Rate];
-        lastLfoDepthSum = sums[dest::lfo1Depth];
-        osc2PhaseSum = sums[dest::osc2Phase];
-
-        // 18. Noise split: a balance between noise through drive and filter and noise around them.
-        const float noiseGain = sm (S::noiseGain).getNextValue() * sumGainFactor (sums[dest::noiseLevel]);
-        const float route = std::clamp (sm (S::noiseRouting).getNextValue(), 0.0f, 1.0f);
-        const float preGain = (1.0f - route) * noiseGain;
-        const float postGain = route * noiseGain;
+        // 12. Host-rate output controls, output gain with the amp envelope, noise around the chain.
+        outputControls[(size_t) i] = c.output;
+        gainBuffer[(size_t) i] = c.outGain * ampEnvValue * c.ampFactor;
         // Silent noise draws nothing, so a patch without noise pays nothing for it.
-        const bool noiseHeard = noiseGain != 0.0f;
-        noisePostLeft[(size_t) i] = noiseHeard ? noise[Side::left].next() * postGain : 0.0f;
-        noisePostRight[(size_t) i] = noiseHeard ? noise[Side::right].next() * postGain : 0.0f;
+        const bool noiseHeard = c.noiseHeard;
+        noisePostLeft[(size_t) i] = noiseHeard ? noise[Side::left].next() * c.noisePostGain : 0.0f;
+        noisePostRight[(size_t) i] = noiseHeard ? noise[Side::right].next() * c.noisePostGain : 0.0f;
+        const float gain1 = c.gain1, gain2 = c.gain2, gainSub = c.gainSub;
+        const float preGain = c.noisePreGain, send = c.send, postShare = c.postShare;
+        const float feedbackGain = c.feedbackGain, toneCoefficient = c.toneCoefficient;
+        const bool feedbackPre = c.feedbackPre;
 
-        // 19. Sub send and feedback.
-        const float sendValue = sm (S::subSend).getNextValue();
-        const float send = subRouting == postFilter ? 0.0f : std::clamp (sendValue, 0.0f, 1.0f);
-        const float postShare = 1.0f - send;
-        const float feedbackGain = std::clamp (sm (S::feedback).getNextValue() + sums[dest::feedback], 0.0f, 1.0f) * 0.35f;
-        const float toneCoefficient = toneCache.get (sm (S::feedbackTone).getNextValue(), [this] (float tone)
-                                                     { return 1.0f - std::exp (-6.2831855f * tone / (2.0f * (float) sampleRate)); });
-        const bool feedbackPre = params.index (P::feedbackPosition) == preDrive;
-
-        // 20. Two oversampled steps. An oscillator at gain 0 is not heard (in ring mode, neither
-        // is heard unless both are), and a pair whose sides run alike is computed once.
-        const bool audible1 = gain1 != 0.0f && (mode != 1 || gain2 != 0.0f);
-        const bool audible2 = gain2 != 0.0f && (mode != 1 || gain1 != 0.0f);
+        // 13. Two oversampled steps. A pair whose sides run alike is computed once.
+        const bool audible1 = c.audible1, audible2 = c.audible2;
         updatePairLocks();
         const bool sidesAlike = (pairLocked[0] || ! audible1) && (pairLocked[1] || ! audible2) && ! noiseHeard
-                             && filterControls.stereo == 0.0f;
+                             && c.filter.stereo == 0.0f;
         updateChainLock (sidesAlike);
         for (int k = 0; k < 2; ++k)
         {

@@ -20,6 +20,7 @@ struct BitCrusher
     std::uint32_t randomState = 0xC0FFEEu;
 
     void prepare (double rate) noexcept;
+    bool active() const noexcept { return enabled && mix > 0.0f; }
     void process (float& left, float& right) noexcept;
     float quantise (float x, float& lastDither) noexcept;
 

@@ -60,6 +60,15 @@ void MorvaneAudioProcessor::processFxBlock (juce::AudioBuffer<float>& buffer) no
     if (channels < 1 || numSamples < 1)
         return;
 
+    // A bypassed effect passes its input and stands still, so with all of them bypassed the
+    // block is left as it is.
+    if (! (modFxLeft.active() || modFxRight.active() || delay.active() || reverb.active() || crusher.active()))
+    {
+        modFxLeft.process (0.0f);
+        modFxRight.process (0.0f);
+        return;
+    }
+
     // The voice may have left the buffer flagged clear; the effects write into it regardless.
     buffer.setNotClear();
     float* left = buffer.getWritePointer (0);

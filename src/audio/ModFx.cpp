@@ -34,14 +34,8 @@ void ModFx::prepare (double rate)
     chorusCoefficient = (float) (1.0 - std::exp (-25132.742 / sampleRate)); // 4 kHz
 }
 
-float ModFx::process (float input) noexcept
+float ModFx::processActive (float input) noexcept
 {
-    if (! enabled || mix <= 0.0f || line.buffer.empty())
-    {
-        cornerCountdown = 0;
-        return input;
-    }
-
     float wet;
     if (mode == phaser)
     {

@@ -60,9 +60,22 @@ struct ModFx
     int cornerCountdown = 0;
 
     void prepare (double rate);
-    float process (float input) noexcept;
+
+    bool active() const noexcept { return enabled && mix > 0.0f && ! line.buffer.empty(); }
+
+    // Bypassed, it passes the input and its state stands still; the phaser's glide starts afresh.
+    float process (float input) noexcept
+    {
+        if (! active())
+        {
+            cornerCountdown = 0;
+            return input;
+        }
+        return processActive (input);
+    }
 
 private:
+    float processActive (float input) noexcept;
     float phaserStep (float input) noexcept;
     std::array<float, 4> cornersAt (float lfoPhaseAt) const noexcept;
 };

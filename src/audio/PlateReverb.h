@@ -78,6 +78,7 @@ struct PlateReverb
     void setDecay (float d) noexcept;
     void setPredelayMs (float ms) noexcept;
 
+    bool active() const noexcept { return enabled && mix > 0.0f && ! predelayLine.empty(); }
     void process (float& left, float& right) noexcept;
 
 private:

@@ -29,6 +29,7 @@ struct StereoDelay
     void updateCoefficients() noexcept;
     // Both lines get the same time, limited to what the lines hold.
     void setDelayTimeMs (float ms) noexcept;
+    bool active() const noexcept { return enabled && mix > 0.0f && ! lineLeft.empty(); }
     void process (float& left, float& right) noexcept;
 
 private:

@@ -18,12 +18,12 @@ struct CutoffCoefficients
     float centre = 1000.0f;      // centre of the phase chain
 };
 
-// Trapezoidal (zero-delay) one-pole low-pass stage.
+// Trapezoidal (zero-delay) one-pole low-pass stage: y = s + G (u - s), written so that the input
+// meets one multiply and one add on its way out; the four stages of a ladder are a chain of these.
 inline float onePoleStage (float u, float& s, float G) noexcept
 {
-    const float v = (u - s) * G;
-    const float y = v + s;
-    s = y + v;
+    const float y = G * u + (1.0f - G) * s;
+    s = 2.0f * y - s;
     return y;
 }
 

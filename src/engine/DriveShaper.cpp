@@ -82,6 +82,19 @@ namespace
     }
 }
 
+// Inlined into both of its callers, where the mode's switch is predicted.
+__attribute__ ((always_inline)) inline float DriveShaper::shape (int m, float x, float p, float g, Memo& softMemo, Memo& foldMemo) noexcept
+{
+    if (g <= 1.000001f)
+        return x;
+    switch (m)
+    {
+        case diode: return diodeShape (x, g);
+        case fold:  return foldShape (x, p, g, foldMemo);
+        default:    return softShape (x, p, g, softMemo);
+    }
+}
+
 void DriveShaper::prepare (double oversampledRate) noexcept
 {
     const double rate = oversampledRate > 0.0 ? oversampledRate : 44100.0;
@@ -116,18 +129,6 @@ float DriveShaper::shape (int m, float x, float p, float g) noexcept
 {
     Memo soft, fold;
     return shape (m, x, p, g, soft, fold);
-}
-
-float DriveShaper::shape (int m, float x, float p, float g, Memo& softMemo, Memo& foldMemo) noexcept
-{
-    if (g <= 1.000001f)
-        return x;
-    switch (m)
-    {
-        case diode: return diodeShape (x, g);
-        case fold:  return foldShape (x, p, g, foldMemo);
-        default:    return softShape (x, p, g, softMemo);
-    }
 }
 
 float DriveShaper::autoMakeup (int m, float driveDb) noexcept

@@ -51,7 +51,10 @@ const WaveForm& PdOscillator::formAt (float dcw) noexcept
     if (! (dcw == formDcw))
     {
         formDcw = dcw;
-        form = WaveForm::make (wave, dcw, 16.0f);
+        if (formPartner != nullptr && formPartner->formDcw == dcw && formPartner->wave == wave)
+            form = formPartner->form;
+        else
+            form = WaveForm::make (wave, dcw, 16.0f);
     }
     return form;
 }

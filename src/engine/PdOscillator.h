@@ -45,6 +45,9 @@ struct PdOscillator
     WaveForm form, morphForm;
     float formDcw = std::numeric_limits<float>::quiet_NaN();
     float morphFormDcw = std::numeric_limits<float>::quiet_NaN();
+    // The other side of the pair, which steps first: its DCW envelope runs as this one's, so a
+    // wave it has just made for the same DCW is taken rather than made again.
+    const PdOscillator* formPartner = nullptr;
 
     void prepare (double oversampledRate) noexcept;
     void setWave (int newWave) noexcept;

@@ -94,6 +94,8 @@ void VoiceEngine::prepare (double newSampleRate, int maximumBlockSize)
     modFx[Side::right].lfoOffset = 1.5707964f;
 
     // Sync partners: each oscillator listens to the other pair's instance on its side.
+    oscillators[1].formPartner = &oscillators[0];
+    oscillators[3].formPartner = &oscillators[2];
     oscillators[0].syncSource = &oscillators[2];
     oscillators[1].syncSource = &oscillators[3];
     oscillators[2].syncSource = &oscillators[0];

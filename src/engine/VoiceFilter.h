@@ -156,7 +156,9 @@ inline float PhaseModel::process (float x) noexcept
     return (wet - x) * mix + x;
 }
 
-inline float VoiceFilter::runModel (int m, float x) noexcept
+// Forced inline: the fade's second call site would otherwise keep it out of line, and with it
+// every step's filter.
+__attribute__ ((always_inline)) inline float VoiceFilter::runModel (int m, float x) noexcept
 {
     switch (m)
     {

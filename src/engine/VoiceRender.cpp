@@ -16,6 +16,26 @@ namespace
 
 }
 
+// Here, beside its one caller, so that it is inlined into the step.
+inline float VoiceEngine::driveAndFilter (int bank, int side, float x, int position) noexcept
+{
+    auto& shaper = shaperBanks[(size_t) bank][(size_t) side];
+    auto& filter = filterBanks[(size_t) bank][(size_t) side];
+    // Full mix and full wet are the usual settings: there the blends are skipped, since each would
+    // add three dependent operations to every step's way through the voice.
+    auto drive = [&] (float v)
+    {
+        const float shaped = shaper.process (v) * driveMakeup;
+        return driveMixAmount == 1.0f ? shaped : v + (shaped - v) * driveMixAmount;
+    };
+    auto filtered = [&] (float v)
+    {
+        const float y = filter.process (v);
+        return filterWetAmount == 1.0f ? y : v + (y - v) * filterWetAmount;
+    };
+    return position == preDrive ? filtered (drive (x)) : drive (filtered (x));
+}
+
 void VoiceEngine::render (juce::AudioBuffer<float>& buffer, int startSample, int numSamples) noexcept
 {
     if (! ampEnvelope.isActive() || numSamples < 1 || oversampler == nullptr)

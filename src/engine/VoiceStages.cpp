@@ -99,24 +99,6 @@ float VoiceEngine::subRatio() noexcept
     return subRatioCache.get (octaves, [] (float o) { return std::exp2 (o); });
 }
 
-float VoiceEngine::driveAndFilter (int bank, int side, float x, int position) noexcept
-{
-    auto& shaper = shaperBanks[(size_t) bank][(size_t) side];
-    auto& filter = filterBanks[(size_t) bank][(size_t) side];
-    // Full mix and full wet are the usual settings: there the blends are skipped, since each would
-    // add three dependent operations to every step's way through the voice.
-    auto drive = [&] (float v)
-    {
-        const float shaped = shaper.process (v) * driveMakeup;
-        return driveMixAmount == 1.0f ? shaped : v + (shaped - v) * driveMixAmount;
-    };
-    auto filtered = [&] (float v)
-    {
-        const float y = filter.process (v);
-        return filterWetAmount == 1.0f ? y : v + (y - v) * filterWetAmount;
-    };
-    return position == preDrive ? filtered (drive (x)) : drive (filtered (x));
-}
 void VoiceEngine::updateMultiband (int voiceDriveMode) noexcept
 {
     const bool enabled = params.on (P::mbdEnable);

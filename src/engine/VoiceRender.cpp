@@ -220,7 +220,8 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
 
         // 7. Controls that move only with a smoother or a matrix sum: while neither moves, the
         // values of the sample before stand.
-        if (controlsMove || sourcesMoved || i == 0)
+        const bool controlsUpdated = controlsMove || sourcesMoved || i == 0;
+        if (controlsUpdated)
             updateSlowControls (leftMode);
         const auto& c = slow;
 
@@ -292,7 +293,11 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
 
         // 13. Two oversampled steps. A pair whose sides run alike is computed once.
         const bool audible1 = c.audible1, audible2 = c.audible2;
-        updatePairLocks();
+        // A pair's settings other than its frequencies are among the controls above, so the
+        // locks need a look only when those were worked out again or the frequencies part.
+        if (controlsUpdated || oscillators[1].frequency != oscillators[0].frequency
+            || oscillators[3].frequency != oscillators[2].frequency)
+            updatePairLocks();
         const bool sidesAlike = (pairLocked[0] || ! audible1) && (pairLocked[1] || ! audible2) && ! noiseHeard
                              && c.filter.stereo == 0.0f;
         updateChainLock (sidesAlike);

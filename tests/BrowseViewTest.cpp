@@ -20,7 +20,7 @@ juce::MouseEvent mouseAt (juce::Component& c, juce::Point<int> at)
 
 struct Browser
 {
-    juce::File dir = juce::File::getSpecialLocation (juce::File::tempDirectory).getNonexistentChildFile ("morvane-browse", "", false);
+    juce::File dir = morvane::test::uniqueTempFile ("morvane-browse");
     MorvaneAudioProcessor processor;
     std::unique_ptr<Editor> editor;
     Browser()

@@ -15,8 +15,7 @@ namespace
 {
 struct TempSettings
 {
-    juce::File dir = juce::File::getSpecialLocation (juce::File::tempDirectory)
-                         .getNonexistentChildFile ("morvane-editor", "", false);
+    juce::File dir = morvane::test::uniqueTempFile ("morvane-editor");
     juce::File file = dir.getChildFile ("Morvane.settings");
     TempSettings() { dir.createDirectory(); }
     ~TempSettings()
@@ -347,7 +346,7 @@ TEST (Snapshot, EachScaleHasItsSizeAndTheThemeGround)
 
 TEST (Snapshot, CommandLineRefusesBadInputAndWritesNoFile)
 {
-    const auto dir = juce::File::getSpecialLocation (juce::File::tempDirectory).getNonexistentChildFile ("morvane-snap", "", false);
+    const auto dir = morvane::test::uniqueTempFile ("morvane-snap");
     dir.createDirectory();
     const auto out = dir.getChildFile ("a.png");
     const auto badTheme = dir.getChildFile ("bad.json");

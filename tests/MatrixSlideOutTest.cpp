@@ -50,7 +50,7 @@ TEST (RoutingRow, FollowsItsSlotAndWritesOnlyIt)
 TEST (MatrixSlideOut, RowsOnTheGridAndBothWaysOutLeadToTheCanvas)
 {
     MorvaneAudioProcessor p;
-    const auto dir = juce::File::getSpecialLocation (juce::File::tempDirectory).getNonexistentChildFile ("morvane-matrix", "", false);
+    const auto dir = morvane::test::uniqueTempFile ("morvane-matrix");
     dir.createDirectory();
     test::setParameter (p, "mod2Source", 5.0f);
     test::setParameter (p, "mod2Dest", 1.0f);

@@ -127,7 +127,7 @@ TEST (Fuzz, MidiFilesAreRenderedOrRefusedNeverCrashOrStall)
     // A memory file system where there is one: every render ends in a sync to disk.
     const juce::File shm ("/dev/shm");
     const auto base = shm.isDirectory() ? shm : juce::File::getSpecialLocation (juce::File::tempDirectory);
-    const auto dir = base.getNonexistentChildFile ("morvane-midi-fuzz", "", false);
+    const auto dir = base.getChildFile ("morvane-midi-fuzz-" + juce::Uuid().toString());
     ASSERT_TRUE (dir.createDirectory());
     const auto mid = dir.getChildFile ("in.mid"), wav = dir.getChildFile ("out.wav");
 

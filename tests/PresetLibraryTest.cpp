@@ -11,8 +11,7 @@ namespace
 {
 struct TempFolder
 {
-    juce::File dir = juce::File::getSpecialLocation (juce::File::tempDirectory)
-                         .getNonexistentChildFile ("morvane-presets", "", false);
+    juce::File dir = morvane::test::uniqueTempFile ("morvane-presets");
     ~TempFolder() { dir.deleteRecursively(); }
 };
 

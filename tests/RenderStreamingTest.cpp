@@ -1,3 +1,5 @@
+#include "TestHelpers.h"
+
 #include <juce_audio_formats/juce_audio_formats.h>
 
 #include <gtest/gtest.h>
@@ -87,7 +89,7 @@ juce::String runOnTerminal (const juce::StringArray& args, int& exitCode)
 
 juce::File tempWav (const char* name)
 {
-    return juce::File::getSpecialLocation (juce::File::tempDirectory).getNonexistentChildFile (name, ".wav", false);
+    return morvane::test::uniqueTempFile (name, ".wav");
 }
 }
 

@@ -37,8 +37,7 @@ Run runRenderer (const juce::StringArray& args)
 
 struct TempDir
 {
-    juce::File dir = juce::File::getSpecialLocation (juce::File::tempDirectory)
-                         .getNonexistentChildFile ("morvane-render-test", "", false);
+    juce::File dir = morvane::test::uniqueTempFile ("morvane-render-test");
     TempDir() { dir.createDirectory(); }
     ~TempDir() { dir.deleteRecursively(); }
     juce::String path (const char* name) const { return dir.getChildFile (name).getFullPathName(); }

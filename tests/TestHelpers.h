@@ -12,6 +12,14 @@
 
 namespace morvane::test
 {
+// A temporary path of its own. ctest runs tests as processes side by side, and a name that is
+// merely free when asked for could be taken by a neighbour, or deleted under it.
+inline juce::File uniqueTempFile (const juce::String& prefix, const juce::String& suffix = {})
+{
+    return juce::File::getSpecialLocation (juce::File::tempDirectory)
+        .getChildFile (prefix + "-" + juce::Uuid().toString() + suffix);
+}
+
 // Sets a parameter in its own units through the host path.
 inline void setParameter (juce::AudioProcessor& processor, const juce::String& id, float value)
 {

@@ -10,7 +10,8 @@ namespace morvane
 {
 namespace
 {
-    // 2^(semitones / 12), exactly 1 at 0 so that an untouched control costs no pow.
+    // 2^(semitones / 12), exactly 1 at 0 so that an untouched control costs no pow. Pitch keeps
+    // the library's exp2: a frequency error of 1e-7 grows into audible phase drift over a note.
     inline float semitoneRatio (float semitones) noexcept
     {
         return semitones == 0.0f ? 1.0f : std::exp2 (semitones * (1.0f / 12.0f));

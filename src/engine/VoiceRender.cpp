@@ -14,6 +14,21 @@ namespace
 {
     constexpr float feedbackLimit = 4.0f;
 
+    // Bit copies and comparisons: two sides that ran alike hold the same bytes, padding included,
+    // so equal bytes are proof that the one can stand for the other.
+    template <typename T>
+    void copyBits (T& to, const T& from) noexcept
+    {
+        static_assert (std::is_trivially_copyable_v<T>);
+        std::memcpy (&to, &from, sizeof (T));
+    }
+
+    template <typename T>
+    bool sameBits (const T& a, const T& b) noexcept
+    {
+        static_assert (std::is_trivially_copyable_v<T>);
+        return std::memcmp (&a, &b, sizeof (T)) == 0;
+    }
 }
 
 // Here, beside its one caller, so that it is inlined into the step.
@@ -72,25 +87,6 @@ void VoiceEngine::updatePairLocks() noexcept
         {
             pairLocked[p] = true;
         }
-    }
-}
-
-namespace
-{
-    // Bit copies and comparisons: two sides that ran alike hold the same bytes, padding included,
-    // so equal bytes are proof that the one can stand for the other.
-    template <typename T>
-    void copyBits (T& to, const T& from) noexcept
-    {
-        static_assert (std::is_trivially_copyable_v<T>);
-        std::memcpy (&to, &from, sizeof (T));
-    }
-
-    template <typename T>
-    bool sameBits (const T& a, const T& b) noexcept
-    {
-        static_assert (std::is_trivially_copyable_v<T>);
-        return std::memcmp (&a, &b, sizeof (T)) == 0;
     }
 }
 

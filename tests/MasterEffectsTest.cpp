@@ -454,3 +454,65 @@ TEST (ModFx, PhaserCornersGlideCloseToTheExactSweep)
     }
     EXPECT_LT (10.0 * std::log10 (error / energy), -80.0);
 }
+
+// The processor runs each effect over a stretch of samples before the next: in every mode, with
+// stretches of odd lengths, that gives every bit of running the chain a sample at a time.
+TEST (MasterEffects, RunningStretchesGivesTheSamplesOfTheSampleChain)
+{
+    struct Chain
+    {
+        ModFx left, right;
+        StereoDelay delay = makeDelay (7.0f, 0.6f, true);
+        PlateReverb reverb;
+        BitCrusher crusher;
+
+        explicit Chain (int mode)
+        {
+            for (auto* fx : { &left, &right })
+            {
+                fx->prepare (rate);
+                fx->enabled = true;
+                fx->mode = mode;
+                fx->feedback = 0.5f;
+                fx->rateHz = 5.0f;
+            }
+            right.lfoOffset = 1.5707964f;
+            delay.mix = 0.4f;
+            reverb.prepare (rate);
+            reverb.enabled = true;
+            crusher.prepare (rate);
+            crusher.enabled = true;
+            crusher.rateHz = 17000.0f;
+            crusher.jitter = 0.5f;
+            crusher.dither = true;
+        }
+    };
+
+    for (int mode : { ModFx::chorus, ModFx::flanger, ModFx::phaser })
+    {
+        Chain bySample (mode), byStretch (mode);
+        std::mt19937 rng (11);
+        std::uniform_real_distribution<float> dist (-0.8f, 0.8f);
+        std::vector<float> l (6000), r (6000);
+        for (size_t i = 0; i < l.size(); ++i)
+            l[i] = dist (rng), r[i] = dist (rng);
+        auto wantL = l, wantR = r;
+        for (size_t i = 0; i < l.size(); ++i)
+        {
+            ModFx::processPair (bySample.left, bySample.right, wantL[i], wantR[i]);
+            bySample.delay.process (wantL[i], wantR[i]);
+            bySample.reverb.process (wantL[i], wantR[i]);
+            bySample.crusher.process (wantL[i], wantR[i]);
+        }
+        for (int start = 0, n = 1; start < (int) l.size(); start += n, n = n * 3 % 1009 + 1)
+        {
+            n = std::min (n, (int) l.size() - start);
+            ModFx::processPair (byStretch.left, byStretch.right, l.data() + start, r.data() + start, n);
+            byStretch.delay.process (l.data() + start, r.data() + start, n);
+            byStretch.reverb.process (l.data() + start, r.data() + start, n);
+            byStretch.crusher.process (l.data() + start, r.data() + start, n);
+        }
+        EXPECT_EQ (l, wantL) << "mode " << mode;
+        EXPECT_EQ (r, wantR) << "mode " << mode;
+    }
+}

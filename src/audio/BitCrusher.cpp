@@ -23,26 +23,30 @@ float BitCrusher::nextUniform() noexcept
 
 float BitCrusher::quantise (float x, float& lastDither) noexcept
 {
-    const float levels = std::exp2 (bits - 1.0f);
+    return quantise (x, lastDither, std::exp2 (bits - 1.0f));
+}
+
+float BitCrusher::quantise (float x, float& lastDither, float levels) noexcept
+{
     if (levels < 1.0f)
         return 0.0f;
-    const float q = 1.0f / levels;
     if (dither)
     {
         const float u1 = nextUniform();
         const float u2 = nextUniform();
-        const float t = (u2 + u1 - 1.0f) * q * 0.5f;
+        const float t = (u2 + u1 - 1.0f) * 0.5f / levels;
         x += t - lastDither; // first-order high-passed triangular dither
         lastDither = t;
     }
-    return std::clamp (std::round (x / q) * q, -1.0f, 1.0f);
+    // Within [-1, 1] every level is below 2^15, where adding and taking away 1.5 * 2^23 leaves
+    // the nearest integer without a call.
+    constexpr float shifter = 12582912.0f;
+    return ((std::clamp (x, -1.0f, 1.0f) * levels + shifter) - shifter) / levels;
 }
 
-void BitCrusher::process (float& left, float& right) noexcept
+// One sample of an active crusher; levels is 2^(bits - 1), worked out once a block.
+__attribute__ ((always_inline)) inline void BitCrusher::step (float& left, float& right, float levels) noexcept
 {
-    if (! enabled || mix <= 0.0f)
-        return;
-
     const float step = rateHz / (float) sampleRate;
     float factor = 1.0f;
     if (jitter > 0.0f)
@@ -51,10 +55,25 @@ void BitCrusher::process (float& left, float& right) noexcept
     if (clockPhase >= 1.0f)
     {
         clockPhase -= std::floor (clockPhase);
-        holdLeft = quantise (left, lastDitherLeft);
-        holdRight = quantise (right, lastDitherRight);
+        holdLeft = quantise (left, lastDitherLeft, levels);
+        holdRight = quantise (right, lastDitherRight, levels);
     }
     left += (holdLeft - left) * mix;
     right += (holdRight - right) * mix;
+}
+
+void BitCrusher::process (float& left, float& right) noexcept
+{
+    if (active())
+        step (left, right, std::exp2 (bits - 1.0f));
+}
+
+void BitCrusher::process (float* left, float* right, int numSamples) noexcept
+{
+    if (! active())
+        return;
+    const float levels = std::exp2 (bits - 1.0f);
+    for (int i = 0; i < numSamples; ++i)
+        step (left[i], right[i], levels);
 }
 }

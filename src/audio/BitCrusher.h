@@ -22,9 +22,13 @@ struct BitCrusher
     void prepare (double rate) noexcept;
     bool active() const noexcept { return enabled && mix > 0.0f; }
     void process (float& left, float& right) noexcept;
+    // The same, over a block of distinct left and right samples.
+    void process (float* left, float* right, int numSamples) noexcept;
     float quantise (float x, float& lastDither) noexcept;
 
 private:
     float nextUniform() noexcept;
+    float quantise (float x, float& lastDither, float levels) noexcept;
+    void step (float& left, float& right, float levels) noexcept;
 };
 }

@@ -1,20 +1,19 @@
 #pragma once
 
-#include <cmath>
 #include <cstddef>
 #include <vector>
 
 namespace morvane
 {
-// Linear interpolation between the two samples around writeIndex - delay in a power-of-two line.
+// Linear interpolation between the two samples around writeIndex - delay in a power-of-two line,
+// for delay >= 0. The whole samples are counted in integers, so the fraction keeps its precision
+// however far the write index has run, and the wrap is a mask rather than a division.
 inline float readInterpolated (const std::vector<float>& line, int writeIndex, int mask, float delay) noexcept
 {
-    const float pos = (float) writeIndex - delay;
-    const float i = std::floor (pos);
-    const float frac = pos - i;
-    const int size = mask + 1;
-    const int base = (((int) i % size) + size) & mask;
-    const float a = line[(std::size_t) base];
-    return a + (line[(std::size_t) ((base + 1) & mask)] - a) * frac;
+    const int whole = (int) delay;
+    const float fraction = delay - (float) whole;
+    const int newer = (writeIndex - whole) & mask;
+    const float a = line[(std::size_t) newer];
+    return a + (line[(std::size_t) ((newer - 1) & mask)] - a) * fraction;
 }
 }

@@ -72,20 +72,20 @@ void MorvaneAudioProcessor::processFxBlock (juce::AudioBuffer<float>& buffer) no
     // The voice may have left the buffer flagged clear; the effects write into it regardless.
     buffer.setNotClear();
     float* left = buffer.getWritePointer (0);
-    float* right = channels > 1 ? buffer.getWritePointer (1) : left;
 
-    for (int i = 0; i < numSamples; ++i)
+    // Each effect runs over a whole stretch before the next: the same samples in the same order
+    // as running the chain a sample at a time. A mono output runs its right side on a copy.
+    constexpr int stretch = 256;
+    float monoRight[stretch];
+    for (int start = 0; start < numSamples; start += stretch)
     {
-        float l = left[i];
-        float r = right[i];
-        l = modFxLeft.process (l);
-        r = modFxRight.process (r);
-        delay.process (l, r);
-        reverb.process (l, r);
-        crusher.process (l, r);
-        left[i] = l;
-        if (channels > 1)
-            right[i] = r;
+        const int n = std::min (stretch, numSamples - start);
+        float* l = left + start;
+        float* r = channels > 1 ? buffer.getWritePointer (1) + start : std::copy (l, l + n, monoRight) - n;
+        ModFx::processPair (modFxLeft, modFxRight, l, r, n);
+        delay.process (l, r, n);
+        reverb.process (l, r, n);
+        crusher.process (l, r, n);
     }
 }
 }

@@ -30,11 +30,71 @@ void ModFx::prepare (double rate)
     for (auto& stage : stages)
         stage = { sampleRate, 0.0f, 0.0f, 0.0f };
     lfoPhase = phaserLast = chorusLowpass = 0.0f;
-    cornerCountdown = 0;
+    bypass();
     chorusCoefficient = (float) (1.0 - std::exp (-25132.742 / sampleRate)); // 4 kHz
 }
 
-float ModFx::processActive (float input) noexcept
+std::array<float, 4> ModFx::cornersAt (float phaseAt) const noexcept
+{
+    const float f = fast::exp (depth * 1.245f * fast::sin (phaseAt + lfoOffset) + 6.765f);
+    constexpr float multiples[] = { 0.5f, 0.85f, 1.2f, 1.6f };
+    const float rate = (float) sampleRate;
+
+    // One loop the compiler turns into vector code: each corner is (t - 1) / (t + 1) with
+    // t = tan (pi fc / rate), written as (sin - cos) / (sin + cos). fc stays under 0.45 of the
+    // rate, so the phase is under a quarter turn and needs no folding.
+    std::array<float, 4> corners;
+    for (size_t k = 0; k < corners.size(); ++k)
+    {
+        const float fc = std::clamp (multiples[k] * f, 20.0f, 0.45f * rate);
+        const float turns = 0.5f * fc / rate;
+        const float sine = fast::detail::sinQuarter (turns), cosine = fast::detail::sinQuarter (0.25f - turns);
+        corners[k] = (sine - cosine) / (sine + cosine);
+    }
+    return corners;
+}
+
+void ModFx::nextGlide() noexcept
+{
+    // Exact where the LFO will stand a span ahead. A glide that goes on starts where the last
+    // one ended, a few rounding steps from exact; a fresh one starts exact where the LFO is.
+    const float increment = rateHz * 6.2831855f / (float) sampleRate;
+    if (! glideGoesOn)
+    {
+        const auto now = cornersAt (lfoPhase);
+        for (size_t k = 0; k < stages.size(); ++k)
+            stages[k].coefficient = now[k];
+    }
+    const auto ahead = cornersAt (lfoPhase + increment * (float) cornerSpan);
+    for (size_t k = 0; k < stages.size(); ++k)
+        cornerStep[k] = (ahead[k] - stages[k].coefficient) * (1.0f / (float) cornerSpan);
+    cornerCountdown = cornerSpan;
+    glideGoesOn = true;
+}
+
+__attribute__ ((always_inline)) inline float ModFx::phaserStep (float input) noexcept
+{
+    if (cornerCountdown <= 0)
+        nextGlide();
+
+    float x = feedback * phaserLast + input;
+    for (size_t k = 0; k < stages.size(); ++k)
+    {
+        auto& stage = stages[k];
+        // With (t - 1) / (t + 1) the pole sits at +|c|, so each stage turns a quarter cycle at fc.
+        const float y = stage.coefficient * x + stage.lastInput - stage.coefficient * stage.lastOutput;
+        stage.lastInput = x;
+        stage.lastOutput = y;
+        stage.coefficient += cornerStep[k];
+        x = y;
+    }
+    --cornerCountdown;
+    phaserLast = x;
+    return x + input;
+}
+
+// One sample of an active unit; both entry points run this same step.
+__attribute__ ((always_inline)) inline float ModFx::step (float input) noexcept
 {
     float wet;
     if (mode == phaser)
@@ -43,7 +103,7 @@ float ModFx::processActive (float input) noexcept
     }
     else
     {
-        cornerCountdown = 0;
+        bypass();
         const float s = fast::sin (lfoPhase + lfoOffset);
         if (mode == flanger)
         {
@@ -68,55 +128,32 @@ float ModFx::processActive (float input) noexcept
     return (wet - input) * mix + input;
 }
 
-std::array<float, 4> ModFx::cornersAt (float phaseAt) const noexcept
+void ModFx::processActivePair (ModFx& leftUnit, ModFx& rightUnit, float& left, float& right) noexcept
 {
-    const float f = fast::exp (depth * 1.245f * fast::sin (phaseAt + lfoOffset) + 6.765f);
-    constexpr float multiples[] = { 0.5f, 0.85f, 1.2f, 1.6f };
-    const float rate = (float) sampleRate;
-
-    // One loop the compiler turns into vector code: each corner is (t - 1) / (t + 1) with
-    // t = tan (pi fc / rate), written as (sin - cos) / (sin + cos). fc stays under 0.45 of the
-    // rate, so the phase is under a quarter turn and needs no folding.
-    std::array<float, 4> corners;
-    for (size_t k = 0; k < corners.size(); ++k)
-    {
-        const float fc = std::clamp (multiples[k] * f, 20.0f, 0.45f * rate);
-        const float turns = 0.5f * fc / rate;
-        const float sine = fast::detail::sinQuarter (turns), cosine = fast::detail::sinQuarter (0.25f - turns);
-        corners[k] = (sine - cosine) / (sine + cosine);
-    }
-    return corners;
+    left = leftUnit.step (left);
+    right = rightUnit.step (right);
 }
 
-float ModFx::phaserStep (float input) noexcept
+void ModFx::processPair (ModFx& leftUnit, ModFx& rightUnit, float* left, float* right, int numSamples) noexcept
 {
-    if (cornerCountdown <= 0)
+    if (leftUnit.active() && rightUnit.active())
     {
-        // Exact where the LFO stands now and where it will stand a span ahead.
-        const float increment = rateHz * 6.2831855f / (float) sampleRate;
-        const auto now = cornersAt (lfoPhase);
-        const auto ahead = cornersAt (lfoPhase + increment * (float) cornerSpan);
-        for (size_t k = 0; k < stages.size(); ++k)
+        for (int i = 0; i < numSamples; ++i)
         {
-            stages[k].coefficient = now[k];
-            cornerStep[k] = (ahead[k] - now[k]) * (1.0f / (float) cornerSpan);
+            left[i] = leftUnit.step (left[i]);
+            right[i] = rightUnit.step (right[i]);
         }
-        cornerCountdown = cornerSpan;
+        return;
     }
-
-    float x = feedback * phaserLast + input;
-    for (size_t k = 0; k < stages.size(); ++k)
+    for (int i = 0; i < numSamples; ++i)
     {
-        auto& stage = stages[k];
-        // With (t - 1) / (t + 1) the pole sits at +|c|, so each stage turns a quarter cycle at fc.
-        const float y = stage.coefficient * x + stage.lastInput - stage.coefficient * stage.lastOutput;
-        stage.lastInput = x;
-        stage.lastOutput = y;
-        stage.coefficient += cornerStep[k];
-        x = y;
+        left[i] = leftUnit.process (left[i]);
+        right[i] = rightUnit.process (right[i]);
     }
-    --cornerCountdown;
-    phaserLast = x;
-    return x + input;
+}
+
+float ModFx::processActive (float input) noexcept
+{
+    return step (input);
 }
 }

@@ -58,6 +58,7 @@ struct ModFx
     int cornerSpan = 8;
     std::array<float, 4> cornerStep {};
     int cornerCountdown = 0;
+    bool glideGoesOn = false;
 
     void prepare (double rate);
 
@@ -68,15 +69,38 @@ struct ModFx
     {
         if (! active())
         {
-            cornerCountdown = 0;
+            bypass();
             return input;
         }
         return processActive (input);
     }
 
+    // A left and a right unit, each on its own side: the same as each one's process, with the two
+    // steps side by side, so that the processor overlaps their independent chains.
+    static void processPair (ModFx& leftUnit, ModFx& rightUnit, float& left, float& right) noexcept
+    {
+        if (leftUnit.active() && rightUnit.active())
+        {
+            processActivePair (leftUnit, rightUnit, left, right);
+            return;
+        }
+        left = leftUnit.process (left);
+        right = rightUnit.process (right);
+    }
+    // The same, in place over a block of distinct left and right samples.
+    static void processPair (ModFx& leftUnit, ModFx& rightUnit, float* left, float* right, int numSamples) noexcept;
+
 private:
+    void bypass() noexcept
+    {
+        cornerCountdown = 0;
+        glideGoesOn = false;
+    }
     float processActive (float input) noexcept;
+    static void processActivePair (ModFx& leftUnit, ModFx& rightUnit, float& left, float& right) noexcept;
+    float step (float input) noexcept;
     float phaserStep (float input) noexcept;
+    void nextGlide() noexcept;
     std::array<float, 4> cornersAt (float lfoPhaseAt) const noexcept;
 };
 }

@@ -20,7 +20,7 @@ namespace
     }
 }
 
-float AllpassLine::process (float x) noexcept
+__attribute__ ((always_inline)) inline float AllpassLine::process (float x) noexcept
 {
     const float d = buffer[(size_t) ((writeIndex - delay) & mask)];
     const float v = x - d * coefficient;
@@ -29,7 +29,7 @@ float AllpassLine::process (float x) noexcept
     return v * coefficient + d;
 }
 
-float AllpassLine::processModulated (float x, float excursion) noexcept
+__attribute__ ((always_inline)) inline float AllpassLine::processModulated (float x, float excursion) noexcept
 {
     const float pos = (float) writeIndex - ((float) delay + excursion);
     const float i = std::floor (pos);
@@ -140,7 +140,7 @@ void PlateReverb::setPredelayMs (float ms) noexcept
     predelaySamples = (int) (sampleRate * seconds);
 }
 
-float PlateReverb::tankStep (Tank& tank, float input, float excursion) noexcept
+__attribute__ ((always_inline)) inline float PlateReverb::tankStep (Tank& tank, float input, float excursion) noexcept
 {
     const float a = tank.allpass1.process (input);
     const float b = tank.delay1.process (a);
@@ -149,11 +149,9 @@ float PlateReverb::tankStep (Tank& tank, float input, float excursion) noexcept
     return tank.delay2.process (e) * decay;
 }
 
-void PlateReverb::process (float& left, float& right) noexcept
+// One sample of an active reverb; both entry points below run this same step.
+__attribute__ ((always_inline)) inline void PlateReverb::step (float& left, float& right) noexcept
 {
-    if (! enabled || mix <= 0.0f || predelayLine.empty())
-        return;
-
     const float dryLeft = left, dryRight = right;
 
     predelayLine[(size_t) predelayWrite] = (dryLeft + dryRight) * 0.5f;
@@ -189,5 +187,18 @@ void PlateReverb::process (float& left, float& right) noexcept
 
     left = dryLeft + (wetLeft - dryLeft) * mix;
     right = dryRight + (wetRight - dryRight) * mix;
+}
+
+void PlateReverb::process (float& left, float& right) noexcept
+{
+    if (active())
+        step (left, right);
+}
+
+void PlateReverb::process (float* left, float* right, int numSamples) noexcept
+{
+    if (active())
+        for (int i = 0; i < numSamples; ++i)
+            step (left[i], right[i]);
 }
 }

@@ -80,8 +80,11 @@ struct PlateReverb
 
     bool active() const noexcept { return enabled && mix > 0.0f && ! predelayLine.empty(); }
     void process (float& left, float& right) noexcept;
+    // The same, over a block of distinct left and right samples.
+    void process (float* left, float* right, int numSamples) noexcept;
 
 private:
+    void step (float& left, float& right) noexcept;
     int scaled (int length) const noexcept;
     float tankStep (Tank& tank, float input, float excursion) noexcept;
 };

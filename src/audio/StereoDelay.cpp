@@ -52,16 +52,12 @@ void StereoDelay::setDelayTimeMs (float ms) noexcept
 
 float StereoDelay::read (const std::vector<float>& line, float delay) const noexcept
 {
-    if (line.empty())
-        return 0.0f;
     return readInterpolated (line, writeIndex, mask, delay);
 }
 
-void StereoDelay::process (float& left, float& right) noexcept
+// One sample of an active delay; both entry points below run this same step.
+__attribute__ ((always_inline)) inline void StereoDelay::step (float& left, float& right) noexcept
 {
-    if (! enabled || mix <= 0.0f || lineLeft.empty())
-        return;
-
     currentLeft += (targetLeft - currentLeft) * smoothing;
     currentRight += (targetRight - currentRight) * smoothing;
     const float tapLeft = read (lineLeft, currentLeft);
@@ -94,5 +90,18 @@ void StereoDelay::process (float& left, float& right) noexcept
 
     left += (tapLeft - left) * mix;
     right += (tapRight - right) * mix;
+}
+
+void StereoDelay::process (float& left, float& right) noexcept
+{
+    if (active())
+        step (left, right);
+}
+
+void StereoDelay::process (float* left, float* right, int numSamples) noexcept
+{
+    if (active())
+        for (int i = 0; i < numSamples; ++i)
+            step (left[i], right[i]);
 }
 }

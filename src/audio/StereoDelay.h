@@ -31,8 +31,11 @@ struct StereoDelay
     void setDelayTimeMs (float ms) noexcept;
     bool active() const noexcept { return enabled && mix > 0.0f && ! lineLeft.empty(); }
     void process (float& left, float& right) noexcept;
+    // The same, over a block of distinct left and right samples.
+    void process (float* left, float* right, int numSamples) noexcept;
 
 private:
     float read (const std::vector<float>& line, float delay) const noexcept;
+    void step (float& left, float& right) noexcept;
 };
 }

@@ -65,9 +65,10 @@ namespace
         return diodeCurve (t);
     }
 
-    inline float diodeShape (float x, float g) noexcept
+    // The output scale depends on the gain alone: its division is made when the gain moves.
+    inline float diodeShape (float x, float g, DriveShaper::Memo& scale) noexcept
     {
-        return 2.0f / std::max (g, 1.0f) * diodeCurveAt (0.5f * g * x) * 0.9f;
+        return recall (scale, g, [] (float gain) { return 1.8f / std::max (gain, 1.0f); }) * diodeCurveAt (0.5f * g * x);
     }
 
     inline float foldShape (float x, float p, float g, DriveShaper::Memo& memo) noexcept
@@ -83,15 +84,15 @@ namespace
 }
 
 // Inlined into both of its callers, where the mode's switch is predicted.
-__attribute__ ((always_inline)) inline float DriveShaper::shape (int m, float x, float p, float g, Memo& softMemo, Memo& foldMemo) noexcept
+__attribute__ ((always_inline)) inline float DriveShaper::shape (int m, float x, float p, float g, Memos& memos) noexcept
 {
     if (g <= 1.000001f)
         return x;
     switch (m)
     {
-        case diode: return diodeShape (x, g);
-        case fold:  return foldShape (x, p, g, foldMemo);
-        default:    return softShape (x, p, g, softMemo);
+        case diode: return diodeShape (x, g, memos.diodeScale);
+        case fold:  return foldShape (x, p, g, memos.fold);
+        default:    return softShape (x, p, g, memos.soft);
     }
 }
 
@@ -127,8 +128,8 @@ void DriveShaper::changeMode (int newMode) noexcept
 
 float DriveShaper::shape (int m, float x, float p, float g) noexcept
 {
-    Memo soft, fold;
-    return shape (m, x, p, g, soft, fold);
+    Memos memos;
+    return shape (m, x, p, g, memos);
 }
 
 float DriveShaper::autoMakeup (int m, float driveDb) noexcept
@@ -141,10 +142,10 @@ float DriveShaper::autoMakeup (int m, float driveDb) noexcept
 
 float DriveShaper::processDriven (float x) noexcept
 {
-    const float y = shape (mode, x, lastInput, gain, softMemo, foldMemo);
+    const float y = shape (mode, x, lastInput, gain, memos);
     if (fadeCounter > 0)
     {
-        const float old = shape (previousMode, x, lastInput, gain, softMemo, foldMemo);
+        const float old = shape (previousMode, x, lastInput, gain, memos);
         lastInput = x;
         const float angle = (1.0f - (float) fadeCounter / (float) fadeLength) * 1.5707964f;
         --fadeCounter;

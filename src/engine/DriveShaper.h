@@ -48,10 +48,14 @@ struct DriveShaper
     static float autoMakeup (int mode, float driveDb) noexcept;
 
 private:
-    Memo softMemo, foldMemo;
+    struct Memos
+    {
+        Memo soft, fold, diodeScale;
+    };
+    Memos memos;
 
     float processDriven (float x) noexcept;
 
-    static float shape (int mode, float x, float p, float g, Memo& soft, Memo& fold) noexcept;
+    static float shape (int mode, float x, float p, float g, Memos& memos) noexcept;
 };
 }

@@ -38,8 +38,7 @@ void VoiceEngine::outputStage (juce::AudioBuffer<float>& buffer, int start, int 
             unit.feedback = controls.fxFeedback;
             unit.mix = controls.fxMix;
         }
-        l = modFx[Side::left].process (l);
-        r = modFx[Side::right].process (r);
+        ModFx::processPair (modFx[Side::left], modFx[Side::right], l, r);
 
         for (auto& eq : postEqs)
         {

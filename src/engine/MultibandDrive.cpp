@@ -8,8 +8,7 @@ namespace morvane
 void Crossover::prepare (double rate) noexcept
 {
     sampleRate = rate > 0.0 ? rate : 44100.0;
-    lowSections = {};
-    highSections = {};
+    sections = {};
     frequency = std::clamp (frequency, 20.0f, 0.45f * (float) sampleRate);
     design();
 }
@@ -35,12 +34,18 @@ void Crossover::design() noexcept
     lowB1 = (1.0f - c) * n;
     highB0 = highB2 = (1.0f + c) * 0.5f * n;
     highB1 = -(1.0f + c) * n;
-}
-
-void Crossover::process (float x, float& low, float& high) noexcept
-{
-    low = lowSections[1].run (lowSections[0].run (x, lowB0, lowB1, lowB2, a1, a2), lowB0, lowB1, lowB2, a1, a2);
-    high = highSections[1].run (highSections[0].run (x, highB0, highB1, highB2, a1, a2), highB0, highB1, highB2, a1, a2);
+    const auto pair = [] (float low, float high)
+    {
+        alignas (16) float lanes[Lanes::size()] {};
+        lanes[0] = low;
+        lanes[1] = high;
+        return Lanes::fromRawArray (lanes);
+    };
+    b0Lanes = pair (lowB0, highB0);
+    b1Lanes = pair (lowB1, highB1);
+    b2Lanes = pair (lowB2, highB2);
+    a1Lanes = Lanes::expand (a1);
+    a2Lanes = Lanes::expand (a2);
 }
 
 void MultibandDrive::prepare (double oversampledRate) noexcept

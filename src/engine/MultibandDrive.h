@@ -2,43 +2,56 @@
 
 #include "engine/DriveShaper.h"
 
+#include <juce_dsp/juce_dsp.h>
+
 #include <array>
 
 namespace morvane
 {
-// Direct-form biquad history.
-struct BiquadHistory
-{
-    float x1 = 0.0f, x2 = 0.0f, y1 = 0.0f, y2 = 0.0f;
-
-    float run (float x, float b0, float b1, float b2, float a1, float a2) noexcept
-    {
-        const float y = b0 * x + b1 * x1 + b2 * x2 - a1 * y1 - a2 * y2;
-        x2 = x1;
-        x1 = x;
-        y2 = y1;
-        y1 = y;
-        return y;
-    }
-};
-
-// Fourth-order Linkwitz-Riley split: two Butterworth sections in series on each side.
+// Fourth-order Linkwitz-Riley split: two Butterworth sections in series on each side. The low and
+// the high side share their poles and their input, so they run as two lanes of one vector (low in
+// lane 0, high in lane 1): the same operations in the same order as two plain biquads, for half
+// the instructions.
 struct Crossover
 {
+    using Lanes = juce::dsp::SIMDRegister<float>;
+
+    // Direct-form history of one section, both sides.
+    struct Section
+    {
+        Lanes x1 {}, x2 {}, y1 {}, y2 {};
+    };
+
     double sampleRate = 44100.0;
     float frequency = 1000.0f;
     float lowB0 = 0.0f, lowB1 = 0.0f, lowB2 = 0.0f;
     float highB0 = 0.0f, highB1 = 0.0f, highB2 = 0.0f;
     float a1 = 0.0f, a2 = 0.0f;
-    std::array<BiquadHistory, 2> lowSections, highSections;
+    Lanes b0Lanes {}, b1Lanes {}, b2Lanes {}, a1Lanes {}, a2Lanes {};
+    std::array<Section, 2> sections;
 
     void prepare (double rate) noexcept;
     // Redesigns only on a move of 0.01 Hz or more.
     void setFrequency (float hz) noexcept;
-    void process (float x, float& low, float& high) noexcept;
+    void process (float x, float& low, float& high) noexcept
+    {
+        const auto y = run (sections[1], run (sections[0], Lanes::expand (x)));
+        low = y.get (0);
+        high = y.get (1);
+    }
 
 private:
     void design() noexcept;
+
+    Lanes run (Section& h, Lanes x) const noexcept
+    {
+        const auto y = b0Lanes * x + b1Lanes * h.x1 + b2Lanes * h.x2 - a1Lanes * h.y1 - a2Lanes * h.y2;
+        h.x2 = h.x1;
+        h.x1 = x;
+        h.y2 = h.y1;
+        h.y1 = y;
+        return y;
+    }
 };
 
 // Three bands, each through its own shaper, blended with the dry signal. One per side.

@@ -81,7 +81,11 @@ void MorvaneAudioProcessor::processFxBlock (juce::AudioBuffer<float>& buffer) no
     {
         const int n = std::min (stretch, numSamples - start);
         float* l = left + start;
-        float* r = channels > 1 ? buffer.getWritePointer (1) + start : std::copy (l, l + n, monoRight) - n;
+        float* r = monoRight;
+        if (channels > 1)
+            r = buffer.getWritePointer (1) + start;
+        else
+            std::copy (l, l + n, monoRight);
         ModFx::processPair (modFxLeft, modFxRight, l, r, n);
         delay.process (l, r, n);
         reverb.process (l, r, n);

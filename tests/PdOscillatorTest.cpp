@@ -1,4 +1,5 @@
 #include "engine/PdOscillator.h"
+#include "engine/SubOscillator.h"
 #include "engine/WaveShape.h"
 
 #include <gtest/gtest.h>
@@ -306,5 +307,108 @@ TEST (PdOscillator, SilentAndCopiedStepsKeepTheClock)
         synced.syncEnabled = false;
         synced.frequency *= 1.001f;
         EXPECT_FALSE (synced.inStepWith (heard));
+    }
+}
+
+// The voice leaves the wave of most steps to one vectorised pass over a group of steps. Every
+// wave, with and without morph, a moving DCW, sync edges and a phase reset mid-run must give the
+// very bits of the one-step path, at group lengths that do not divide the run.
+TEST (PdOscillator, DeferredWavesGiveTheBitsOfSingleSteps)
+{
+    struct Case
+    {
+        int wave;
+        float morph;
+        bool sync;
+    };
+    const Case cases[] = { { 0, 0.0f, false }, { 1, 0.4f, false }, { 2, 0.0f, true }, { 3, 0.7f, false },
+                           { 4, 0.0f, false }, { 5, 0.3f, true }, { 6, 0.0f, false }, { 7, 0.5f, false },
+                           { 8, 0.0f, true }, { 9, 1.0f, false } };
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE (c.wave);
+        // A DCW envelope that keeps moving, so some groups hold their DCW and others do not.
+        auto setUp = [&c] (PdOscillator& master, PdOscillator& slave)
+        {
+            for (auto* o : { &master, &slave })
+            {
+                *o = makeOscillator (c.wave, o == &master ? 310.0f : 470.0f, 0.9f);
+                o->dcwEnvelope.setParameters ({ 0.002f, 0.01f, 0.5f, 0.1f });
+                o->dcwEnvelope.noteOn();
+                o->morph = c.morph;
+            }
+            slave.syncEnabled = c.sync;
+            slave.syncSource = &master;
+        };
+        PdOscillator directMaster, directSlave, groupMaster, groupSlave;
+        setUp (directMaster, directSlave);
+        setUp (groupMaster, groupSlave);
+
+        const int lengths[] = { 7, 32, 13, 1, 32, 25 };
+        int steps = 0;
+        for (int round = 0; round < 40; ++round)
+        {
+            const int count = lengths[round % 6];
+            PdOscillator::Run masterRun, slaveRun;
+            masterRun.begin();
+            slaveRun.begin();
+            float expectedMaster[PdOscillator::Run::capacity], expectedSlave[PdOscillator::Run::capacity];
+            float master[PdOscillator::Run::capacity], slave[PdOscillator::Run::capacity];
+            for (int j = 0; j < count; ++j, ++steps)
+            {
+                if (steps == 600)
+                {
+                    directSlave.resetPhase (0.25f);
+                    groupSlave.resetPhase (0.25f);
+                }
+                expectedMaster[j] = directMaster.process();
+                expectedSlave[j] = directSlave.process();
+                master[j] = groupMaster.processDeferring (true, masterRun, j);
+                slave[j] = groupSlave.processDeferring (true, slaveRun, j);
+            }
+            groupMaster.completeRun (masterRun, master, count);
+            groupSlave.completeRun (slaveRun, slave, count);
+            for (int j = 0; j < count; ++j)
+            {
+                ASSERT_EQ (master[j], expectedMaster[j]) << "step " << steps - count + j;
+                ASSERT_EQ (slave[j], expectedSlave[j]) << "step " << steps - count + j;
+            }
+        }
+    }
+}
+
+TEST (SubOscillator, DeferredWavesGiveTheBitsOfSingleSteps)
+{
+    for (const auto& [pd, wave] : { std::pair { false, 0 }, std::pair { true, 3 }, std::pair { true, 8 } })
+    {
+        SCOPED_TRACE (wave);
+        SubOscillator direct, grouped;
+        for (auto* s : { &direct, &grouped })
+        {
+            s->prepare (overRate);
+            s->setShape (pd, wave);
+            s->dcw = 0.6f;
+            s->setFrequency (55.0f);
+        }
+        for (int round = 0; round < 30; ++round)
+        {
+            const int count = round % 2 == 0 ? 32 : 11;
+            PdOscillator::Run run;
+            run.begin();
+            float expected[PdOscillator::Run::capacity], values[PdOscillator::Run::capacity];
+            for (int j = 0; j < count; ++j)
+            {
+                if (round == 10 && j == 3)
+                {
+                    direct.resetPhase();
+                    grouped.resetPhase();
+                }
+                expected[j] = direct.process();
+                values[j] = grouped.processDeferring (true, run, j);
+            }
+            grouped.completeRun (run, values, count);
+            for (int j = 0; j < count; ++j)
+                ASSERT_EQ (values[j], expected[j]) << "round " << round << " step " << j;
+        }
     }
 }

@@ -110,7 +110,15 @@ float PdOscillator::shapeAt (int w, float p, float dcw) const noexcept
     return waveShape (w, p, dcw, 16.0f);
 }
 
-float PdOscillator::process (bool audible) noexcept
+void PdOscillator::completeRun (const Run& run, float* values, int count) const noexcept
+{
+    if (! run.anyDeferred)
+        return;
+    const int next = (wave + 1) % numWaves;
+    addWaveRun (run.forWave (wave, rmsGain, waveRmsGain()[(size_t) next]), values, count);
+}
+
+float PdOscillator::step (bool audible, Run* run, int j) noexcept
 {
     increment = frequency * inverseRate;
 
@@ -131,6 +139,11 @@ float PdOscillator::process (bool audible) noexcept
     // Bright shapes alias on high notes: DCW falls to 0 at a sixtieth of the oversampled rate.
     dcwValue = std::min (std::clamp (1.0f - 60.0f * increment, 0.0f, 1.0f), std::clamp (raw, 0.0f, 1.0f));
 
+    const bool deferring = run != nullptr && audible && wave != pwmWave && ! synced && fadeCounter == 0
+                           && ! (morph > 0.0f && (wave + 1) % numWaves == pwmWave);
+    if (run != nullptr)
+        run->deferred[j] = deferring ? 1 : 0;
+
     float y = 0.0f;
     if (audible)
     {
@@ -145,6 +158,10 @@ float PdOscillator::process (bool audible) noexcept
                 t += 1.0f;
             y -= blep (t, increment);
         }
+        else if (deferring)
+        {
+            run->defer (j, phase, dcwValue, morph);
+        }
         else
         {
             y = formAt (dcwValue).at (phase);
@@ -152,7 +169,7 @@ float PdOscillator::process (bool audible) noexcept
 
         y *= rmsGain;
 
-        if (morph > 0.0f && wave != pwmWave)
+        if (morph > 0.0f && wave != pwmWave && ! deferring)
         {
             const int next = (wave + 1) % numWaves;
             const float n = next == pwmWave ? (pulseWidth > phase ? 1.0f : -1.0f) : morphFormAt (dcwValue).at (phase);

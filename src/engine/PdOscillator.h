@@ -57,7 +57,42 @@ struct PdOscillator
 
     // One oversampled step. An inaudible oscillator (its gain 0) keeps its phase, envelope and
     // sync edges running but shapes nothing, and gives 0.
-    float process (bool audible = true) noexcept;
+    float process (bool audible = true) noexcept { return step (audible, nullptr, 0); }
+
+    // Steps whose value is the wave at their phase and DCW, with no sync edge or fade to blend
+    // and no morph towards the pulse, can leave the wave to one pass over many steps, which runs
+    // in vector lanes: the step records its phase, DCW and morph at slot j of the run and gives
+    // only its other terms. completeRun then adds the waves where a step was deferred.
+    struct Run
+    {
+        static constexpr int capacity = 32;
+        float phase[capacity] {}, dcw[capacity] {}, morph[capacity] {};
+        int deferred[capacity] {}; // 0 or 1: an int, so that the wave pass vectorises
+        bool anyDeferred = false, anyMorph = false, dcwMoved = false;
+
+        void begin() noexcept { anyDeferred = anyMorph = dcwMoved = false; }
+        void defer (int j, float p, float d, float m) noexcept
+        {
+            phase[j] = p;
+            dcw[j] = d;
+            morph[j] = m;
+            dcwMoved = dcwMoved || (anyDeferred && d != dcw[firstDeferred]);
+            if (! anyDeferred)
+                firstDeferred = j;
+            anyDeferred = true;
+            anyMorph = anyMorph || m > 0.0f;
+        }
+        // The run's steps for one wave, gain and next wave's gain.
+        WaveRun forWave (int wave, float gain, float nextGain) const noexcept
+        {
+            return { wave, phase, dcw, morph, deferred, gain, nextGain, anyMorph, ! dcwMoved, dcw[firstDeferred] };
+        }
+
+    private:
+        int firstDeferred = 0;
+    };
+    float processDeferring (bool audible, Run& run, int j) noexcept { return step (audible, &run, j); }
+    void completeRun (const Run& run, float* values, int count) const noexcept;
 
     // Whether other runs exactly as this one does, so that copying this one's state after each
     // step stands in for running it (the two sides of an undetuned, unsynced oscillator).
@@ -66,6 +101,7 @@ struct PdOscillator
     void copyStepFrom (const PdOscillator& other) noexcept;
 
 private:
+    float step (bool audible, Run* run, int j) noexcept;
     float shapeAt (int w, float p, float dcw) const noexcept;
     const WaveForm& formAt (float dcw) noexcept;
     const WaveForm& morphFormAt (float dcw) noexcept;

@@ -36,9 +36,28 @@ float SubOscillator::valueAt (float p) const noexcept
     return usePd ? waveShape (wave, p, dcw, 16.0f) * rmsGain : fast::sin2pi (p);
 }
 
-float SubOscillator::process (bool audible) noexcept
+void SubOscillator::completeRun (const PdOscillator::Run& run, float* values, int count) const noexcept
 {
-    float y = audible ? valueAt (phase) : 0.0f;
+    if (! run.anyDeferred)
+        return;
+    if (usePd)
+        addWaveRun (run.forWave (wave, rmsGain, 0.0f), values, count);
+    else
+        addSineRun (run.phase, run.deferred, values, count);
+}
+
+float SubOscillator::step (bool audible, PdOscillator::Run* run, int j) noexcept
+{
+    const bool deferring = run != nullptr && audible && fadeCounter == 0;
+    if (run != nullptr)
+    {
+        run->deferred[j] = deferring ? 1 : 0;
+        if (deferring)
+        {
+            run->defer (j, phase, dcw, 0.0f);
+        }
+    }
+    float y = audible && ! deferring ? valueAt (phase) : 0.0f;
     if (fadeCounter > 0)
     {
         if (audible)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/PdOscillator.h"
+
 namespace morvane
 {
 // The sub: a sine or a plain PD wave, no envelope, no sync, no band-limiting.
@@ -25,9 +27,14 @@ struct SubOscillator
     void resetPhase() noexcept;
 
     // One step. An inaudible sub (its gain 0) keeps its phases running but shapes nothing.
-    float process (bool audible = true) noexcept;
+    float process (bool audible = true) noexcept { return step (audible, nullptr, 0); }
+
+    // As an oscillator's: a step outside a phase fade leaves its wave to completeRun.
+    float processDeferring (bool audible, PdOscillator::Run& run, int j) noexcept { return step (audible, &run, j); }
+    void completeRun (const PdOscillator::Run& run, float* values, int count) const noexcept;
 
 private:
+    float step (bool audible, PdOscillator::Run* run, int j) noexcept;
     float valueAt (float p) const noexcept;
 };
 }

@@ -27,7 +27,7 @@ bool VoiceEngine::anyControlSmoothing() const noexcept
     return cutoff.isSmoothing() || lowCross.isSmoothing() || highCross.isSmoothing() || notchHz.isSmoothing();
 }
 
-void VoiceEngine::updateSlowControls (int leftMode) noexcept
+void VoiceEngine::updateSlowControls() noexcept
 {
     auto& c = slow;
 
@@ -86,40 +86,7 @@ void VoiceEngine::updateSlowControls (int leftMode) noexcept
     c.audible1 = c.gain1 != 0.0f && (mode != 1 || c.gain2 != 0.0f);
     c.audible2 = c.gain2 != 0.0f && (mode != 1 || c.gain1 != 0.0f);
 
-    // Drive gain, makeup, drive mix, filter wet.
-    const float driveDb = sm (S::driveDb).getNextValue() * velToDriveScale + sums[dest::drive];
-    const float driveGain = driveGainCache.get (std::clamp (driveDb, 0.0f, 24.0f),
-                                                [] (float d) { return std::pow (10.0f, d * 0.05f); });
-    for (auto& bank : shaperBanks)
-        for (auto& shaper : bank)
-            shaper.gain = driveGain;
-    float autoGain = 1.0f;
-    if (autoMakeup)
-    {
-        if (leftMode != makeupCacheMode)
-        {
-            makeupCacheMode = leftMode;
-            makeupCache.key = std::numeric_limits<float>::quiet_NaN();
-        }
-        autoGain = makeupCache.get (driveDb, [leftMode] (float d) { return DriveShaper::autoMakeup (leftMode, d); });
-    }
-    driveMakeup = sm (S::makeupGain).getNextValue() * autoGain;
-    driveMixAmount = std::clamp (sm (S::driveMix).getNextValue(), 0.0f, 1.0f);
-    filterWetAmount = std::clamp (sm (S::filterWet).getNextValue(), 0.0f, 1.0f);
-
-    // Filter: the cut-off's own value and its matrix terms; the envelope's share is added per sample.
-    c.envelopeSemitones = sm (S::envAmount).getNextValue() * velToFilterScale + sums[dest::filterEnv];
-    c.cutoffSemitones = sums[dest::cutoff];
-    c.cutoffHz = cutoff.getNextValue();
-    c.filter = {
-        std::clamp (sm (S::resonance).getNextValue() + sums[dest::resonance], 0.0f, 1.0f),
-        std::clamp (sm (S::phaseMix).getNextValue() + sums[dest::phaseMix], 0.0f, 1.0f),
-        std::clamp (sm (S::phaseNotch).getNextValue() + sums[dest::phaseNotch], 0.0f, 1.0f),
-        std::clamp (sm (S::phaseStereo).getNextValue(), 0.0f, 1.0f)
-    };
-
-    // Multiband drive, Mod FX and post EQ.
-    updateMultiband (leftMode);
+    // Mod FX and post EQ.
     auto& out = c.output;
     out.fxEnabled = params.on (P::modFxEnable);
     out.fxMode = std::clamp (params.index (P::modFxMode), 0, 2);
@@ -150,11 +117,52 @@ void VoiceEngine::updateSlowControls (int leftMode) noexcept
     c.noisePostGain = route * noiseGain;
     c.noiseHeard = noiseGain != 0.0f;
 
-    // Sub send and feedback.
+    // Sub send.
     const float sendValue = sm (S::subSend).getNextValue();
     c.send = subRouting == postFilter ? 0.0f : std::clamp (sendValue, 0.0f, 1.0f);
     c.postShare = 1.0f - c.send;
-    c.feedbackGain = std::clamp (sm (S::feedback).getNextValue() + sums[dest::feedback], 0.0f, 1.0f) * 0.35f;
+}
+
+void VoiceEngine::updateChainControls (int leftMode, const ChainSums& chainSums) noexcept
+{
+    auto& c = chainSlow;
+
+    // Drive gain, makeup, drive mix, filter wet.
+    const float driveDb = sm (S::driveDb).getNextValue() * velToDriveScale + chainSums.drive;
+    const float driveGain = driveGainCache.get (std::clamp (driveDb, 0.0f, 24.0f),
+                                                [] (float d) { return std::pow (10.0f, d * 0.05f); });
+    for (auto& bank : shaperBanks)
+        for (auto& shaper : bank)
+            shaper.gain = driveGain;
+    float autoGain = 1.0f;
+    if (autoMakeup)
+    {
+        if (leftMode != makeupCacheMode)
+        {
+            makeupCacheMode = leftMode;
+            makeupCache.key = std::numeric_limits<float>::quiet_NaN();
+        }
+        autoGain = makeupCache.get (driveDb, [leftMode] (float d) { return DriveShaper::autoMakeup (leftMode, d); });
+    }
+    driveMakeup = sm (S::makeupGain).getNextValue() * autoGain;
+    driveMixAmount = std::clamp (sm (S::driveMix).getNextValue(), 0.0f, 1.0f);
+    filterWetAmount = std::clamp (sm (S::filterWet).getNextValue(), 0.0f, 1.0f);
+
+    // Filter: the cut-off's own value and its matrix terms; the envelope's share is added per sample.
+    c.envelopeSemitones = sm (S::envAmount).getNextValue() * velToFilterScale + chainSums.filterEnv;
+    c.cutoffSemitones = chainSums.cutoff;
+    c.cutoffHz = cutoff.getNextValue();
+    c.filter = {
+        std::clamp (sm (S::resonance).getNextValue() + chainSums.resonance, 0.0f, 1.0f),
+        std::clamp (sm (S::phaseMix).getNextValue() + chainSums.phaseMix, 0.0f, 1.0f),
+        std::clamp (sm (S::phaseNotch).getNextValue() + chainSums.phaseNotch, 0.0f, 1.0f),
+        std::clamp (sm (S::phaseStereo).getNextValue(), 0.0f, 1.0f)
+    };
+
+    updateMultiband (leftMode, chainSums);
+
+    // Feedback.
+    c.feedbackGain = std::clamp (sm (S::feedback).getNextValue() + chainSums.feedback, 0.0f, 1.0f) * 0.35f;
     c.toneCoefficient = toneCache.get (sm (S::feedbackTone).getNextValue(), [this] (float tone)
                                        { return 1.0f - std::exp (-6.2831855f * tone / (2.0f * (float) sampleRate)); });
     c.feedbackPre = params.index (P::feedbackPosition) == preDrive;

@@ -125,6 +125,9 @@ void VoiceEngine::prepare (double newSampleRate, int maximumBlockSize)
     noisePostLeft.assign ((size_t) maxChunk, 0.0f);
     noisePostRight.assign ((size_t) maxChunk, 0.0f);
     outputControls.assign ((size_t) maxChunk, OutputControls {});
+    chainSteps.assign ((size_t) maxChunk, ChainStep {});
+    subSends.assign ((size_t) (2 * maxChunk), 0.0f);
+    subPosts.assign ((size_t) (2 * maxChunk), 0.0f);
     antiClickLength = std::max ((int) (sampleRate * 0.003 + 0.5), 1);
     antiClickCounter = 0;
 

@@ -122,6 +122,13 @@ public:
 private:
     enum EnvelopeGroup { ampGroup, filterGroup, dcw1Group, dcw2Group, numGroups };
 
+    // The matrix sums of the chain's destinations, for one host sample.
+    struct ChainSums
+    {
+        float drive = 0.0f, cutoff = 0.0f, filterEnv = 0.0f, resonance = 0.0f, phaseMix = 0.0f, phaseNotch = 0.0f;
+        float feedback = 0.0f, mbdLow = 0.0f, mbdMid = 0.0f, mbdHigh = 0.0f;
+    };
+
     struct EnvelopePointers
     {
         std::atomic<float>* attack = nullptr;
@@ -159,7 +166,7 @@ private:
     void changeDrivePosition (int position) noexcept;
     void finishDrivePositionFade() noexcept;
     float subRatio() noexcept;
-    void updateMultiband (int voiceDriveMode) noexcept;
+    void updateMultiband (int voiceDriveMode, const ChainSums& chainSums) noexcept;
     float driveAndFilter (int bank, int side, float x, int position) noexcept;
 
     void renderChunk (juce::AudioBuffer<float>& buffer, int start, int n) noexcept;
@@ -248,7 +255,9 @@ private:
     };
     FilterControls appliedFilterControls { -1.0f, -1.0f, -1.0f, -1.0f };
 
-    // Control values that move only with a smoother or a matrix sum, for the present host sample.
+    // Control values that move only with a smoother or a matrix sum, for the present host sample:
+    // those of the sources and the output stage, and those of the chain from the mix blocker to
+    // the multiband drive.
     struct SlowControls
     {
         float pitchRatio = 1.0f;
@@ -256,18 +265,57 @@ private:
         float driftAmount = 0.0f, tune1 = 1.0f, tune2 = 1.0f;
         float gain1 = 0.0f, gain2 = 0.0f, gainSub = 0.0f;
         bool audible1 = false, audible2 = false;
-        float envelopeSemitones = 0.0f, cutoffSemitones = 0.0f, cutoffHz = 20000.0f;
-        FilterControls filter { 0.0f, 0.0f, 0.0f, 0.0f };
         OutputControls output;
         float outGain = 1.0f, ampFactor = 1.0f;
         float noisePreGain = 0.0f, noisePostGain = 0.0f;
         bool noiseHeard = false;
-        float send = 0.0f, postShare = 1.0f, feedbackGain = 0.0f, toneCoefficient = 0.0f;
+        float send = 0.0f, postShare = 1.0f;
+    };
+    struct ChainControls
+    {
+        float envelopeSemitones = 0.0f, cutoffSemitones = 0.0f, cutoffHz = 20000.0f;
+        FilterControls filter { 0.0f, 0.0f, 0.0f, 0.0f };
+        float feedbackGain = 0.0f, toneCoefficient = 0.0f;
         bool feedbackPre = true;
     };
     SlowControls slow;
+    ChainControls chainSlow;
     bool anyControlSmoothing() const noexcept;
-    void updateSlowControls (int leftMode) noexcept;
+    void updateSlowControls() noexcept;
+
+    // The sources and the chain run as two loops over each group of host samples, so that the
+    // oscillators' waves of a whole group can be worked out in one vectorised pass between them.
+    // What the chain's loop needs of each host sample is kept here by the first: the matrix sums
+    // of the chain's destinations (when the controls were worked out again), the filter envelope,
+    // and whether the sources let the two sides of the chain run as one.
+    struct ChainStep
+    {
+        float filterEnvValue = 0.0f;
+        bool controlsUpdated = false;
+        bool sourcesAlike = false;
+        ChainSums sums;
+    };
+    std::vector<ChainStep> chainSteps;
+    // The sub's shares before the drive and after the multiband drive, per oversampled sample.
+    std::vector<float> subSends, subPosts;
+    // One group of oversampled steps of the sources: each oscillator's deferred waves and its
+    // values, the mix's gains and the noise that joins it.
+    static constexpr int sourceGroup = PdOscillator::Run::capacity;
+    struct SourceGroup
+    {
+        std::array<PdOscillator::Run, 4> runs;
+        PdOscillator::Run subRun;
+        std::array<std::array<float, sourceGroup>, 4> values {};
+        std::array<float, sourceGroup> subValues {};
+        std::array<bool, sourceGroup> locked1 {}, locked2 {};
+        std::array<float, sourceGroup> gain1 {}, gain2 {}, gainSub {}, noiseLeft {}, noiseRight {};
+        std::array<float, sourceGroup> sendShare {}, postShare {};
+    };
+    SourceGroup sourceGroupState;
+    void mixSourceGroup (int firstStep, int count) noexcept;
+    void renderSources (int first, int end, bool controlsMove, float chunkSubRatio) noexcept;
+    void renderChain (int first, int end, int leftMode) noexcept;
+    void updateChainControls (int leftMode, const ChainSums& chainSums) noexcept;
     bool cutoffApplied = false;
 
     // Each oscillator's right side, while it runs exactly as its left, is not run at all: the

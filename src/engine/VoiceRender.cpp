@@ -149,110 +149,55 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
     lfo.bpm = hostBpm > 0.0f ? hostBpm : 120.0f;
     updateLfoRate (sm (S::lfoRate).getCurrentValue(), sm (S::lfoRate).getCurrentValue(), sm (S::lfoPhase).getCurrentValue());
 
-    const float chunkSubRatio = subRatio();
     mode = params.index (P::mode);
     detuneMode = params.index (P::detuneMode);
     autoMakeup = params.on (P::driveAutoMakeup);
     const int leftMode = shaperBanks[0][Side::left].mode;
+
+    // A group of host samples at a time, so that what the sources leave for the chain is still
+    // in the nearest cache when the chain reads it.
     const bool controlsMove = anyControlSmoothing();
+    const float chunkSubRatio = subRatio();
+    for (int first = 0; first < n; first += sourceGroup / 2)
+    {
+        const int end = std::min (first + sourceGroup / 2, n);
+        renderSources (first, end, controlsMove, chunkSubRatio);
+        renderChain (first, end, leftMode);
+    }
+
+    // A locked side, and the right sub, have not run; they take the state they would have, for
+    // whoever reads them.
+    for (size_t p = 0; p < pairLocked.size(); ++p)
+        if (pairLocked[p])
+            oscillators[2 * p + 1].copyStepFrom (oscillators[2 * p]);
+    subs[Side::right] = subs[Side::left];
+    if (chainLocked)
+        copyChainToRight();
 
     juce::dsp::AudioBlock<float> dryBlock (dryBuffer.getArrayOfWritePointers(), 2, (size_t) n);
+    oversampler->processSamplesDown (dryBlock);
+    outputStage (buffer, start, n);
+
+    for (S s : { S::filterAttack, S::filterDecay, S::filterSustain, S::filterRelease })
+        sm (s).skip (n);
+}
+
+void VoiceEngine::renderChain (int first, int end, int leftMode) noexcept
+{
     float* overLeft = oversampledChannels[0];
     float* overRight = oversampledChannels[1];
+    const float* sends = subSends.data();
+    const float* posts = subPosts.data();
 
-    for (int i = 0; i < n; ++i)
+    for (int i = first; i < end; ++i)
     {
-        // 1. Glide: a one-pole slew in note numbers.
-        currentPitch += (targetPitch - currentPitch) * glideCoefficient;
+        const auto& step = chainSteps[(size_t) i];
+        if (step.controlsUpdated)
+            updateChainControls (leftMode, step.sums);
+        const auto& c = chainSlow;
 
-        // 2. Sources that step every host sample.
-        const float filterEnvValue = filterEnvelope.getNextSample();
-        const float ampEnvValue = ampEnvelope.getNextSample();
-        const float modWheelValue = sm (S::modWheel).getNextValue();
-        const float aftertouchValue = sm (S::aftertouch).getNextValue();
-        const float dcw1Value = dcw1Envelope.getNextSample();
-        const float dcw2Value = dcw2Envelope.getNextSample();
-        const float lfoRateValue = sm (S::lfoRate).getNextValue();
-        const float lfoPhaseValue = sm (S::lfoPhase).getNextValue();
-
-        // 3. LFO, with the matrix's rate and depth shares of the previous sample.
-        const std::array<float, 3> lfoArguments { std::clamp (lfoRateValue + lastLfoRateSum, 0.001f, 200.0f), lfoRateValue, lfoPhaseValue };
-        if (lfoArguments != appliedLfoArguments)
-            updateLfoRate (lfoArguments[0], lfoArguments[1], lfoArguments[2]);
-        const float lfoDepth = std::clamp (sm (S::lfoDepth).getNextValue() + lastLfoDepthSum, 0.0f, 1.0f);
-        float lfoValue = 0.0f;
-        if (sourceInUse[5])
-            lfoValue = lfoDepth * lfo.wave();
-        lfo.advance();
-
-        // 4. Smooth random.
-        const float smoothRandomValue = smoothRandom.step();
-
-        // 5. Source array.
-        sources[1] = noteVelocity;
-        sources[2] = keyTrack;
-        sources[3] = modWheelValue;
-        sources[4] = aftertouchValue;
-        sources[5] = lfoValue;
-        sources[6] = dcw1Value;
-        sources[7] = dcw2Value;
-        sources[8] = filterEnvValue;
-        sources[9] = ampEnvValue;
-        sources[10] = noteRandom;
-        sources[11] = smoothRandomValue;
-        sources[12] = sourceInUse[12] ? fast::sin2pi (beatPhase) : 0.0f;
-
-        // 6. Matrix: the same slots reading the same values give the same sums, so a patch
-        // modulated only by velocity, key or note random works them out once a chunk.
-        bool sourcesMoved = matrixStale;
-        for (int u = 0; u < numUsedSources && ! sourcesMoved; ++u)
-            sourcesMoved = sources[(size_t) usedSources[(size_t) u]] != evaluatedSources[(size_t) usedSources[(size_t) u]];
-        if (sourcesMoved)
-        {
-            evaluateMatrix (slots, sources, sums, slotOutputs);
-            evaluatedSources = sources;
-            matrixStale = false;
-        }
-
-        // 7. Controls that move only with a smoother or a matrix sum: while neither moves, the
-        // values of the sample before stand.
-        const bool controlsUpdated = controlsMove || sourcesMoved || i == 0;
-        if (controlsUpdated)
-            updateSlowControls (leftMode);
-        const auto& c = slow;
-
-        // 8. Pitch, detune and beat.
-        const float f = pitchCache.get (currentPitch, [] (float p) { return 440.0f * std::exp2 ((p - 69.0f) * (1.0f / 12.0f)); })
-                        * c.pitchRatio;
-        float fHigh, fLow;
-        if (detuneMode == 1)
-        {
-            fHigh = f + c.detuneOffset;
-            fLow = f + c.w * c.detuneOffset;
-        }
-        else
-        {
-            fHigh = c.detuneRatio * f + c.beat;
-            fLow = c.detuneLowRatio * f + c.w * c.beat;
-        }
-        beatPhase += std::abs (fHigh - fLow) / (float) sampleRate;
-        if (beatPhase >= 1.0f)
-            beatPhase -= std::floor (beatPhase);
-
-        // 9. Drift, in opposite senses on the two pairs.
-        const float driftRatio = drift.ratio (c.driftAmount);
-
-        // 10. Oscillator frequencies.
-        oscillators[0].frequency = f * c.tune1 / driftRatio;
-        oscillators[1].frequency = oscillators[0].frequency;
-        oscillators[2].frequency = fHigh * c.tune2 * driftRatio;
-        oscillators[3].frequency = fLow * c.tune2 * driftRatio;
-        const float subHz = f * chunkSubRatio;
-        for (auto& sub : subs)
-            sub.setFrequency (subHz);
-
-        // 11. Filter cut-off: one for every filter, so its coefficients are worked out once.
-        const float octaves = (c.envelopeSemitones * filterEnvValue + c.cutoffSemitones) * (1.0f / 12.0f);
+        // Filter cut-off: one for every filter, so its coefficients are worked out once.
+        const float octaves = (c.envelopeSemitones * step.filterEnvValue + c.cutoffSemitones) * (1.0f / 12.0f);
         const float octaveFactor = cutoffOctaveCache.get (octaves, [] (float o) { return fast::exp2 (o); });
         const float hz = std::clamp (c.cutoffHz * octaveFactor, 20.0f, 20000.0f);
         if (! (hz == cutoffKey))
@@ -275,67 +220,12 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
             appliedFilterControls = c.filter;
         }
 
-        // 12. Host-rate output controls, output gain with the amp envelope, noise around the chain.
-        outputControls[(size_t) i] = c.output;
-        gainBuffer[(size_t) i] = c.outGain * ampEnvValue * c.ampFactor;
-        // Silent noise draws nothing, so a patch without noise pays nothing for it.
-        const bool noiseHeard = c.noiseHeard;
-        noisePostLeft[(size_t) i] = noiseHeard ? noise[Side::left].next() * c.noisePostGain : 0.0f;
-        noisePostRight[(size_t) i] = noiseHeard ? noise[Side::right].next() * c.noisePostGain : 0.0f;
-        const float gain1 = c.gain1, gain2 = c.gain2, gainSub = c.gainSub;
-        const float preGain = c.noisePreGain, send = c.send, postShare = c.postShare;
         const float feedbackGain = c.feedbackGain, toneCoefficient = c.toneCoefficient;
         const bool feedbackPre = c.feedbackPre;
+        updateChainLock (step.sourcesAlike && c.filter.stereo == 0.0f);
 
-        // 13. Two oversampled steps. A pair whose sides run alike is computed once.
-        const bool audible1 = c.audible1, audible2 = c.audible2;
-        // A pair's settings other than its frequencies are among the controls above, so the
-        // locks need a look only when those were worked out again or the frequencies part.
-        if (controlsUpdated || oscillators[1].frequency != oscillators[0].frequency
-            || oscillators[3].frequency != oscillators[2].frequency)
-            updatePairLocks();
-        const bool sidesAlike = (pairLocked[0] || ! audible1) && (pairLocked[1] || ! audible2) && ! noiseHeard
-                             && c.filter.stereo == 0.0f;
-        updateChainLock (sidesAlike);
-        for (int k = 0; k < 2; ++k)
+        for (int j = 2 * i; j < 2 * i + 2; ++j)
         {
-            const float a1 = oscillators[0].process (audible1);
-            const float a2 = pairLocked[0] ? a1 : oscillators[1].process (audible1);
-            const float b1 = oscillators[2].process (audible2);
-            const float b2 = pairLocked[1] ? b1 : oscillators[3].process (audible2);
-            // The two subs share phase and increment by construction, so one is computed.
-            const float sub = subs[Side::left].process (gainSub != 0.0f) * gainSub;
-
-            float l, r;
-            if (mode == 1)
-            {
-                l = (gain1 * a1) * (gain2 * b1);
-                r = (gain1 * a2) * (gain2 * b2);
-            }
-            else
-            {
-                l = gain1 * a1 + gain2 * b1;
-                r = gain1 * a2 + gain2 * b2;
-            }
-
-            if (noiseHeard)
-            {
-                l += noise[Side::left].next() * preGain;
-                r += noise[Side::right].next() * preGain;
-            }
-            // Shares of the sub before the drive and after the multiband drive.
-            float sendNow = send, postNow = postShare;
-            if (routingFadeCounter > 0)
-            {
-                const float x = (1.0f - (float) routingFadeCounter / (float) routingFadeLength) * 1.5707964f;
-                const float oldSend = previousSubRouting == postFilter ? 0.0f : send;
-                const float c = fast::cos (x), s = fast::sin (x);
-                postNow = (1.0f - oldSend) * c + postShare * s;
-                sendNow = oldSend * c + send * s;
-                if (--routingFadeCounter == 0)
-                    previousSubRouting = subRouting;
-            }
-
             // Drive and filter in the order of the drive position; the filter runs while disabled.
             const bool positionFading = positionFadeCounter > 0;
             float leaving = 0.0f, entering = 1.0f;
@@ -348,7 +238,7 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
 
             const auto chain = [&] (int side, float x) noexcept
             {
-                x = mixBlockers[(size_t) side].process (x) + sendNow * sub;
+                x = mixBlockers[(size_t) side].process (x) + sends[j];
                 if (feedbackPre)
                     x += feedbackGain * feedbackSamples[(size_t) side];
                 x = positionFading ? leaving * driveAndFilter (0, side, x, previousDrivePosition)
@@ -361,32 +251,15 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
                 auto& tone = toneStates[(size_t) side];
                 tone = std::clamp (tone + (x - tone) * toneCoefficient, -feedbackLimit, feedbackLimit);
                 feedbackSamples[(size_t) side] = tone;
-                return multiband[(size_t) side].process (x) + postNow * sub;
+                return multiband[(size_t) side].process (x) + posts[j];
             };
-            l = chain (Side::left, l);
-            r = chainLocked ? l : chain (Side::right, r);
+            const float l = chain (Side::left, overLeft[j]);
+            overRight[j] = chainLocked ? l : chain (Side::right, overRight[j]);
+            overLeft[j] = l;
 
             if (positionFading && --positionFadeCounter == 0)
                 finishDrivePositionFade();
-
-            overLeft[2 * i + k] = l;
-            overRight[2 * i + k] = r;
         }
     }
-
-    // A locked side, and the right sub, have not run; they take the state they would have, for
-    // whoever reads them.
-    for (size_t p = 0; p < pairLocked.size(); ++p)
-        if (pairLocked[p])
-            oscillators[2 * p + 1].copyStepFrom (oscillators[2 * p]);
-    subs[Side::right] = subs[Side::left];
-    if (chainLocked)
-        copyChainToRight();
-
-    oversampler->processSamplesDown (dryBlock);
-    outputStage (buffer, start, n);
-
-    for (S s : { S::filterAttack, S::filterDecay, S::filterSustain, S::filterRelease })
-        sm (s).skip (n);
 }
 }

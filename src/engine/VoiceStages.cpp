@@ -99,13 +99,13 @@ float VoiceEngine::subRatio() noexcept
     return subRatioCache.get (octaves, [] (float o) { return std::exp2 (o); });
 }
 
-void VoiceEngine::updateMultiband (int voiceDriveMode) noexcept
+void VoiceEngine::updateMultiband (int voiceDriveMode, const ChainSums& chainSums) noexcept
 {
     const bool enabled = params.on (P::mbdEnable);
     const float mix = std::clamp (sm (S::mbdMix).getNextValue(), 0.0f, 1.0f);
-    const float amounts[] = { sm (S::mbdLow).getNextValue() + sums[dest::mbdLow],
-                              sm (S::mbdMid).getNextValue() + sums[dest::mbdMid],
-                              sm (S::mbdHigh).getNextValue() + sums[dest::mbdHigh] };
+    const float amounts[] = { sm (S::mbdLow).getNextValue() + chainSums.mbdLow,
+                              sm (S::mbdMid).getNextValue() + chainSums.mbdMid,
+                              sm (S::mbdHigh).getNextValue() + chainSums.mbdHigh };
     const float lowHz = std::clamp (lowCross.getNextValue(), 60.0f, 600.0f);
     const float highHz = std::clamp (highCross.getNextValue(), 800.0f, 8000.0f);
 

@@ -9,51 +9,79 @@ namespace morvane
 namespace
 {
     constexpr float twoPi = 6.2831855f;
-
-    // Slopes of the bent phase that runs 0..1 and passes 0.5 at p = k.
-    inline void knee (float k, float& after, float& before)
-    {
-        after = (0.5f - k) / (1.0f - k);
-        before = (0.5f - k) / k;
-    }
-
-    inline float resonanceMultiple (float d, float resonanceRatio)
-    {
-        return std::max ((resonanceRatio - 1.0f) * d + 1.0f, 1.0f);
-    }
-}
-
-WaveForm WaveForm::make (int wave, float dcw, float resonanceRatio) noexcept
-{
-    const float d = std::clamp (dcw, 0.0f, 1.0f);
-    WaveForm f;
-    f.wave = wave;
-    switch (wave)
-    {
-        case 0: knee (std::clamp (0.5f - 0.5f * d, 0.01f, 0.5f), f.a, f.b); break;
-        case 1:
-        {
-            const float s = std::clamp (std::sqrt (std::sqrt (d)), 0.0f, 0.999f);
-            f.a = s / (1.0f - s);
-            break;
-        }
-        case 2:
-        {
-            const float s = std::clamp (d, 0.0f, 0.99f);
-            f.a = s / (1.0f - s);
-            break;
-        }
-        case 3: knee (std::clamp (0.5f - 0.49f * d, 0.01f, 0.5f), f.a, f.b); break;
-        case 4: f.b = 0.5f / std::clamp (0.5f - 0.5f * d, 0.01f, 0.5f); break;
-        case 5: case 6: case 7: case 9: f.multiple = resonanceMultiple (d, resonanceRatio); break;
-        default: break;
-    }
-    return f;
 }
 
 float waveShape (int wave, float phase, float dcw, float resonanceRatio)
 {
     return WaveForm::make (wave, dcw, resonanceRatio).at (phase);
+}
+
+namespace
+{
+    // Kept out of line: inlined into the dispatch below, its loop is no longer vectorised.
+    // While the DCW holds, the wave's constants are made once rather than in every lane.
+    template <int wave, bool withMorph, bool dcwHolds>
+    __attribute__ ((noinline)) void addRun (const WaveRun& run, float* out, int count) noexcept
+    {
+        constexpr int next = (wave + 1) % numWaves;
+        // Locals, so that no store to out can be taken to move them.
+        const float* const phase = run.phase;
+        const float* const dcw = run.dcw;
+        const float* const morph = run.morph;
+        const int* const keep = run.keep;
+        const float gain = run.gain, nextGain = run.nextGain;
+        const WaveForm held = WaveForm::make (wave, run.heldDcw, 16.0f);
+        const WaveForm heldNext = WaveForm::make (next, run.heldDcw, 16.0f);
+        const float heldA = held.a, heldB = held.b, heldMultiple = held.multiple;
+        const float heldNextA = heldNext.a, heldNextB = heldNext.b, heldNextMultiple = heldNext.multiple;
+        for (int j = 0; j < count; ++j)
+        {
+            const float p = phase[j];
+            const WaveForm f = dcwHolds ? WaveForm { wave, heldA, heldB, heldMultiple } : WaveForm::make (wave, dcw[j], 16.0f);
+            float y = f.at (p) * gain;
+            // A morph towards the pulse needs its width: those steps are not deferred.
+            if constexpr (withMorph && next != pwmWave)
+            {
+                const WaveForm n = dcwHolds ? WaveForm { next, heldNextA, heldNextB, heldNextMultiple }
+                                            : WaveForm::make (next, dcw[j], 16.0f);
+                y += (n.at (p) * nextGain - y) * morph[j];
+            }
+            out[j] = keep[j] != 0 ? out[j] + y : out[j];
+        }
+    }
+
+    template <int wave>
+    void addRunOf (const WaveRun& run, float* out, int count) noexcept
+    {
+        if (run.withMorph)
+            run.dcwHolds ? addRun<wave, true, true> (run, out, count) : addRun<wave, true, false> (run, out, count);
+        else
+            run.dcwHolds ? addRun<wave, false, true> (run, out, count) : addRun<wave, false, false> (run, out, count);
+    }
+}
+
+void addSineRun (const float* phase, const int* keep, float* out, int count) noexcept
+{
+    for (int j = 0; j < count; ++j)
+        out[j] = keep[j] != 0 ? out[j] + fast::sin2pi (phase[j]) : out[j];
+}
+
+void addWaveRun (const WaveRun& run, float* out, int count) noexcept
+{
+    switch (run.wave)
+    {
+        case 0: addRunOf<0> (run, out, count); break;
+        case 1: addRunOf<1> (run, out, count); break;
+        case 2: addRunOf<2> (run, out, count); break;
+        case 3: addRunOf<3> (run, out, count); break;
+        case 4: addRunOf<4> (run, out, count); break;
+        case 5: addRunOf<5> (run, out, count); break;
+        case 6: addRunOf<6> (run, out, count); break;
+        case 7: addRunOf<7> (run, out, count); break;
+        case 8: addRunOf<8> (run, out, count); break;
+        case 9: addRunOf<9> (run, out, count); break;
+        default: break;
+    }
 }
 
 namespace

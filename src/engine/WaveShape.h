@@ -21,11 +21,49 @@ struct WaveForm
     float b = 0.0f;        // knee slope before the bend, or 0.5 / k of wave 4
     float multiple = 1.0f; // resonance multiple of waves 5, 6, 7 and 9
 
-    static WaveForm make (int wave, float dcw, float resonanceRatio) noexcept;
+    // Inline, so that a loop over many steps of one wave folds both switches and vectorises.
+    static WaveForm make (int wave, float dcw, float resonanceRatio) noexcept
+    {
+        // Slopes of the bent phase that runs 0..1 and passes 0.5 at p = k.
+        const auto knee = [] (float k, float& after, float& before)
+        {
+            after = (0.5f - k) / (1.0f - k);
+            before = (0.5f - k) / k;
+        };
+        const float d = std::clamp (dcw, 0.0f, 1.0f);
+        WaveForm f;
+        f.wave = wave;
+        switch (wave)
+        {
+            case 0: knee (std::clamp (0.5f - 0.5f * d, 0.01f, 0.5f), f.a, f.b); break;
+            case 1:
+            {
+                const float s = std::clamp (std::sqrt (std::sqrt (d)), 0.0f, 0.999f);
+                f.a = s / (1.0f - s);
+                break;
+            }
+            case 2:
+            {
+                const float s = std::clamp (d, 0.0f, 0.99f);
+                f.a = s / (1.0f - s);
+                break;
+            }
+            case 3: knee (std::clamp (0.5f - 0.49f * d, 0.01f, 0.5f), f.a, f.b); break;
+            case 4: f.b = 0.5f / std::clamp (0.5f - 0.5f * d, 0.01f, 0.5f); break;
+            case 5: case 6: case 7: case 9: f.multiple = std::max ((resonanceRatio - 1.0f) * d + 1.0f, 1.0f); break;
+            default: break;
+        }
+        return f;
+    }
 
     float at (float p) const noexcept
     {
-        const auto frac = [] (float x) { return x - std::floor (x); };
+        // x - floor (x), written with a truncation so that loops over it vectorise.
+        const auto frac = [] (float x)
+        {
+            const float t = (float) (int) x;
+            return x - (t > x ? t - 1.0f : t);
+        };
         switch (wave)
         {
             case 0: return fast::cos2pi (p + std::min (a * (1.0f - p), b * p));
@@ -58,6 +96,28 @@ struct WaveForm
 
 // One sample of a phase-distortion wave. Stateless; safe on any thread. Waves beyond 9 give 0.
 float waveShape (int wave, float phase, float dcw, float resonanceRatio);
+
+// Many samples of one wave at once: out[j] += gain * the wave at phase[j] and dcw[j], then, with
+// morph, moved towards nextGain * the next wave by morph[j], the same operations as an
+// oscillator's single step, where keep[j] is 1. The loop has no branch, so the compiler runs it
+// in vector lanes; each lane makes its own constants unless dcwHolds says that every kept step
+// has heldDcw.
+struct WaveRun
+{
+    int wave = 0;
+    const float* phase = nullptr;
+    const float* dcw = nullptr;
+    const float* morph = nullptr;
+    const int* keep = nullptr;
+    float gain = 1.0f, nextGain = 1.0f;
+    bool withMorph = false;
+    bool dcwHolds = false;
+    float heldDcw = 0.0f;
+};
+void addWaveRun (const WaveRun& run, float* out, int count) noexcept;
+
+// The same for a plain sine: out[j] += sin (2 pi phase[j]) where keep[j] is 1.
+void addSineRun (const float* phase, const int* keep, float* out, int count) noexcept;
 
 // Gains that give every wave the loudness of the full-DCW saw. Built once, on first use.
 const std::array<float, numWaves>& waveRmsGain();

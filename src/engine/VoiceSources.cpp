@@ -1,0 +1,219 @@
+#include "engine/VoiceEngine.h"
+#include "engine/FastMath.h"
+
+#include "engine/ModMatrixEval.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace morvane
+{
+// The first of a chunk's two loops: per host sample the modulation sources, the matrix and the
+// controls, then two oversampled steps of the oscillators, sub and noise, mixed into the
+// oversampled block that the chain's loop then runs through in place.
+void VoiceEngine::renderSources (int first, int end, bool controlsMove, float chunkSubRatio) noexcept
+{
+    auto& g = sourceGroupState;
+    for (auto& run : g.runs)
+        run.begin();
+    g.subRun.begin();
+
+    for (int i = first; i < end; ++i)
+    {
+
+        // 1. Glide: a one-pole slew in note numbers.
+        currentPitch += (targetPitch - currentPitch) * glideCoefficient;
+
+        // 2. Sources that step every host sample.
+        const float filterEnvValue = filterEnvelope.getNextSample();
+        const float ampEnvValue = ampEnvelope.getNextSample();
+        const float modWheelValue = sm (S::modWheel).getNextValue();
+        const float aftertouchValue = sm (S::aftertouch).getNextValue();
+        const float dcw1Value = dcw1Envelope.getNextSample();
+        const float dcw2Value = dcw2Envelope.getNextSample();
+        const float lfoRateValue = sm (S::lfoRate).getNextValue();
+        const float lfoPhaseValue = sm (S::lfoPhase).getNextValue();
+
+        // 3. LFO, with the matrix's rate and depth shares of the previous sample.
+        const std::array<float, 3> lfoArguments { std::clamp (lfoRateValue + lastLfoRateSum, 0.001f, 200.0f), lfoRateValue, lfoPhaseValue };
+        if (lfoArguments != appliedLfoArguments)
+            updateLfoRate (lfoArguments[0], lfoArguments[1], lfoArguments[2]);
+        const float lfoDepth = std::clamp (sm (S::lfoDepth).getNextValue() + lastLfoDepthSum, 0.0f, 1.0f);
+        float lfoValue = 0.0f;
+        if (sourceInUse[5])
+            lfoValue = lfoDepth * lfo.wave();
+        lfo.advance();
+
+        // 4. Smooth random.
+        const float smoothRandomValue = smoothRandom.step();
+
+        // 5. Source array.
+        sources[1] = noteVelocity;
+        sources[2] = keyTrack;
+        sources[3] = modWheelValue;
+        sources[4] = aftertouchValue;
+        sources[5] = lfoValue;
+        sources[6] = dcw1Value;
+        sources[7] = dcw2Value;
+        sources[8] = filterEnvValue;
+        sources[9] = ampEnvValue;
+        sources[10] = noteRandom;
+        sources[11] = smoothRandomValue;
+        sources[12] = sourceInUse[12] ? fast::sin2pi (beatPhase) : 0.0f;
+
+        // 6. Matrix: the same slots reading the same values give the same sums, so a patch
+        // modulated only by velocity, key or note random works them out once a chunk.
+        bool sourcesMoved = matrixStale;
+        for (int u = 0; u < numUsedSources && ! sourcesMoved; ++u)
+            sourcesMoved = sources[(size_t) usedSources[(size_t) u]] != evaluatedSources[(size_t) usedSources[(size_t) u]];
+        if (sourcesMoved)
+        {
+            evaluateMatrix (slots, sources, sums, slotOutputs);
+            evaluatedSources = sources;
+            matrixStale = false;
+        }
+
+        // 7. Controls that move only with a smoother or a matrix sum: while neither moves, the
+        // values of the sample before stand. The chain's share waits for the chain's loop.
+        auto& step = chainSteps[(size_t) i];
+        step.filterEnvValue = filterEnvValue;
+        step.controlsUpdated = controlsMove || sourcesMoved || i == 0;
+        if (step.controlsUpdated)
+        {
+            updateSlowControls();
+            step.sums = { sums[dest::drive], sums[dest::cutoff], sums[dest::filterEnv], sums[dest::resonance],
+                          sums[dest::phaseMix], sums[dest::phaseNotch], sums[dest::feedback],
+                          sums[dest::mbdLow], sums[dest::mbdMid], sums[dest::mbdHigh] };
+        }
+        const auto& c = slow;
+
+        // 8. Pitch, detune and beat.
+        const float f = pitchCache.get (currentPitch, [] (float p) { return 440.0f * std::exp2 ((p - 69.0f) * (1.0f / 12.0f)); })
+                        * c.pitchRatio;
+        float fHigh, fLow;
+        if (detuneMode == 1)
+        {
+            fHigh = f + c.detuneOffset;
+            fLow = f + c.w * c.detuneOffset;
+        }
+        else
+        {
+            fHigh = c.detuneRatio * f + c.beat;
+            fLow = c.detuneLowRatio * f + c.w * c.beat;
+        }
+        beatPhase += std::abs (fHigh - fLow) / (float) sampleRate;
+        if (beatPhase >= 1.0f)
+            beatPhase -= std::floor (beatPhase);
+
+        // 9. Drift, in opposite senses on the two pairs.
+        const float driftRatio = drift.ratio (c.driftAmount);
+
+        // 10. Oscillator frequencies.
+        oscillators[0].frequency = f * c.tune1 / driftRatio;
+        oscillators[1].frequency = oscillators[0].frequency;
+        oscillators[2].frequency = fHigh * c.tune2 * driftRatio;
+        oscillators[3].frequency = fLow * c.tune2 * driftRatio;
+        const float subHz = f * chunkSubRatio;
+        for (auto& sub : subs)
+            sub.setFrequency (subHz);
+
+        // 11. Host-rate output controls, output gain with the amp envelope, noise around the chain.
+        outputControls[(size_t) i] = c.output;
+        gainBuffer[(size_t) i] = c.outGain * ampEnvValue * c.ampFactor;
+        // Silent noise draws nothing, so a patch without noise pays nothing for it.
+        const bool noiseHeard = c.noiseHeard;
+        noisePostLeft[(size_t) i] = noiseHeard ? noise[Side::left].next() * c.noisePostGain : 0.0f;
+        noisePostRight[(size_t) i] = noiseHeard ? noise[Side::right].next() * c.noisePostGain : 0.0f;
+        const float gain1 = c.gain1, gain2 = c.gain2, gainSub = c.gainSub;
+        const float preGain = c.noisePreGain, send = c.send, postShare = c.postShare;
+
+        // 12. Two oversampled steps. A pair whose sides run alike is computed once.
+        const bool audible1 = c.audible1, audible2 = c.audible2;
+        // A pair's settings other than its frequencies are among the controls above, so the
+        // locks need a look only when those were worked out again or the frequencies part.
+        if (step.controlsUpdated || oscillators[1].frequency != oscillators[0].frequency
+            || oscillators[3].frequency != oscillators[2].frequency)
+            updatePairLocks();
+        step.sourcesAlike = (pairLocked[0] || ! audible1) && (pairLocked[1] || ! audible2) && ! noiseHeard;
+        for (int j = 2 * i; j < 2 * i + 2; ++j)
+        {
+            const int q = j - 2 * first;
+            g.values[0][(size_t) q] = oscillators[0].processDeferring (audible1, g.runs[0], q);
+            g.locked1[(size_t) q] = pairLocked[0];
+            if (pairLocked[0])
+                g.runs[1].deferred[q] = 0;
+            else
+                g.values[1][(size_t) q] = oscillators[1].processDeferring (audible1, g.runs[1], q);
+            g.values[2][(size_t) q] = oscillators[2].processDeferring (audible2, g.runs[2], q);
+            g.locked2[(size_t) q] = pairLocked[1];
+            if (pairLocked[1])
+                g.runs[3].deferred[q] = 0;
+            else
+                g.values[3][(size_t) q] = oscillators[3].processDeferring (audible2, g.runs[3], q);
+            g.gain1[(size_t) q] = gain1;
+            g.gain2[(size_t) q] = gain2;
+            g.noiseLeft[(size_t) q] = noiseHeard ? noise[Side::left].next() * preGain : 0.0f;
+            g.noiseRight[(size_t) q] = noiseHeard ? noise[Side::right].next() * preGain : 0.0f;
+
+            // The two subs share phase and increment by construction, so one is computed.
+            g.subValues[(size_t) q] = subs[Side::left].processDeferring (gainSub != 0.0f, g.subRun, q);
+            g.gainSub[(size_t) q] = gainSub;
+
+            // Shares of the sub before the drive and after the multiband drive.
+            float sendNow = send, postNow = postShare;
+            if (routingFadeCounter > 0)
+            {
+                const float x = (1.0f - (float) routingFadeCounter / (float) routingFadeLength) * 1.5707964f;
+                const float oldSend = previousSubRouting == postFilter ? 0.0f : send;
+                const float fadeOut = fast::cos (x), fadeIn = fast::sin (x);
+                postNow = (1.0f - oldSend) * fadeOut + postShare * fadeIn;
+                sendNow = oldSend * fadeOut + send * fadeIn;
+                if (--routingFadeCounter == 0)
+                    previousSubRouting = subRouting;
+            }
+
+            g.sendShare[(size_t) q] = sendNow;
+            g.postShare[(size_t) q] = postNow;
+        }
+
+    }
+    mixSourceGroup (2 * first, 2 * (end - first));
+}
+
+void VoiceEngine::mixSourceGroup (int firstStep, int count) noexcept
+{
+    auto& g = sourceGroupState;
+    for (size_t o = 0; o < oscillators.size(); ++o)
+        oscillators[o].completeRun (g.runs[o], g.values[o].data(), count);
+    subs[Side::left].completeRun (g.subRun, g.subValues.data(), count);
+
+    float* overLeft = oversampledChannels[0] + firstStep;
+    float* overRight = oversampledChannels[1] + firstStep;
+    float* sends = subSends.data() + firstStep;
+    float* posts = subPosts.data() + firstStep;
+    for (size_t q = 0; q < (size_t) count; ++q)
+    {
+        const float a1 = g.values[0][q];
+        const float a2 = g.locked1[q] ? a1 : g.values[1][q];
+        const float b1 = g.values[2][q];
+        const float b2 = g.locked2[q] ? b1 : g.values[3][q];
+        const float gain1 = g.gain1[q], gain2 = g.gain2[q];
+        float l, r;
+        if (mode == 1)
+        {
+            l = (gain1 * a1) * (gain2 * b1);
+            r = (gain1 * a2) * (gain2 * b2);
+        }
+        else
+        {
+            l = gain1 * a1 + gain2 * b1;
+            r = gain1 * a2 + gain2 * b2;
+        }
+        overLeft[q] = l + g.noiseLeft[q];
+        overRight[q] = r + g.noiseRight[q];
+        const float sub = g.subValues[q] * g.gainSub[q];
+        sends[q] = g.sendShare[q] * sub;
+        posts[q] = g.postShare[q] * sub;
+    }
+}
+}

@@ -63,7 +63,11 @@ namespace
 void addSineRun (const float* phase, const int* keep, float* out, int count) noexcept
 {
     for (int j = 0; j < count; ++j)
-        out[j] = keep[j] != 0 ? out[j] + fast::sin2pi (phase[j]) : out[j];
+    {
+        // Worked out for every lane before the choice, or the loop keeps a branch.
+        const float y = fast::sin2pi (phase[j]);
+        out[j] = keep[j] != 0 ? out[j] + y : out[j];
+    }
 }
 
 void addWaveRun (const WaveRun& run, float* out, int count) noexcept

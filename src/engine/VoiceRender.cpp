@@ -221,7 +221,10 @@ void VoiceEngine::renderChain (int first, int end, int leftMode) noexcept
         }
 
         const float feedbackGain = c.feedbackGain, toneCoefficient = c.toneCoefficient;
-        const bool feedbackPre = c.feedbackPre;
+        // Without feedback nothing is added: a term of 0 would still tie each step to the whole
+        // of the one before.
+        const bool feedbackPre = c.feedbackPre && feedbackGain != 0.0f;
+        const bool feedbackPost = ! c.feedbackPre && feedbackGain != 0.0f;
         updateChainLock (step.sourcesAlike && c.filter.stereo == 0.0f);
 
         for (int j = 2 * i; j < 2 * i + 2; ++j)
@@ -244,7 +247,7 @@ void VoiceEngine::renderChain (int first, int end, int leftMode) noexcept
                 x = positionFading ? leaving * driveAndFilter (0, side, x, previousDrivePosition)
                                          + entering * driveAndFilter (1, side, x, drivePosition)
                                    : driveAndFilter (0, side, x, drivePosition);
-                if (! feedbackPre)
+                if (feedbackPost)
                     x += feedbackGain * feedbackSamples[(size_t) side];
                 // "diode" hardly saturates above its knee, so with heavy makeup the loop could gain more
                 // than it loses; the held range is far above any level the loop reaches otherwise.

@@ -135,9 +135,7 @@ float PdOscillator::step (bool audible, Run* run, int j) noexcept
         synced = true;
     }
 
-    const float raw = dcwEnvelope.getNextSample() * dcwDepth;
-    // Bright shapes alias on high notes: DCW falls to 0 at a sixtieth of the oversampled rate.
-    dcwValue = std::min (std::clamp (1.0f - 60.0f * increment, 0.0f, 1.0f), std::clamp (raw, 0.0f, 1.0f));
+    stepDcw();
 
     const bool deferring = run != nullptr && audible && wave != pwmWave && ! synced && fadeCounter == 0
                            && ! (morph > 0.0f && (wave + 1) % numWaves == pwmWave);
@@ -208,19 +206,14 @@ float PdOscillator::step (bool audible, Run* run, int j) noexcept
         --fadeCounter;
     }
 
-    phase += increment;
-    if (phase >= 1.0f)
-    {
-        wrapped = true;
-        wrapFraction = increment > 0.0f ? std::clamp (1.0f - (phase - 1.0f) / increment, 0.0f, 1.0f) : 0.0f;
-        phase -= std::floor (phase);
-    }
-    else
-    {
-        wrapped = false;
-        wrapFraction = 0.0f;
-    }
-
+    advancePhase();
     return y;
+}
+
+void PdOscillator::wrapPhase() noexcept
+{
+    wrapped = true;
+    wrapFraction = increment > 0.0f ? std::clamp (1.0f - (phase - 1.0f) / increment, 0.0f, 1.0f) : 0.0f;
+    phase -= std::floor (phase);
 }
 }

@@ -91,7 +91,20 @@ struct PdOscillator
     private:
         int firstDeferred = 0;
     };
-    float processDeferring (bool audible, Run& run, int j) noexcept { return step (audible, &run, j); }
+    float processDeferring (bool audible, Run& run, int j) noexcept
+    {
+        // The usual step, inline: no sync, fade, pulse or edge still to smooth, so it only moves
+        // the clock and the DCW and leaves its wave to the run.
+        if (! audible || syncEnabled || fadeCounter > 0 || wave == pwmWave || pendingStep != 0.0f
+            || (morph > 0.0f && wave + 1 == pwmWave))
+            return step (audible, &run, j);
+        increment = frequency * inverseRate;
+        stepDcw();
+        run.deferred[j] = 1;
+        run.defer (j, phase, dcwValue, morph);
+        advancePhase();
+        return 0.0f;
+    }
     void completeRun (const Run& run, float* values, int count) const noexcept;
 
     // Whether other runs exactly as this one does, so that copying this one's state after each
@@ -102,6 +115,26 @@ struct PdOscillator
 
 private:
     float step (bool audible, Run* run, int j) noexcept;
+
+    void stepDcw() noexcept
+    {
+        const float raw = dcwEnvelope.getNextSample() * dcwDepth;
+        // Bright shapes alias on high notes: DCW falls to 0 at a sixtieth of the oversampled rate.
+        dcwValue = std::min (std::clamp (1.0f - 60.0f * increment, 0.0f, 1.0f), std::clamp (raw, 0.0f, 1.0f));
+    }
+
+    void advancePhase() noexcept
+    {
+        phase += increment;
+        if (phase >= 1.0f)
+            wrapPhase();
+        else
+        {
+            wrapped = false;
+            wrapFraction = 0.0f;
+        }
+    }
+    void wrapPhase() noexcept;
     float shapeAt (int w, float p, float dcw) const noexcept;
     const WaveForm& formAt (float dcw) noexcept;
     const WaveForm& morphFormAt (float dcw) noexcept;

@@ -53,9 +53,7 @@ float SubOscillator::step (bool audible, PdOscillator::Run* run, int j) noexcept
     {
         run->deferred[j] = deferring ? 1 : 0;
         if (deferring)
-        {
             run->defer (j, phase, dcw, 0.0f);
-        }
     }
     float y = audible && ! deferring ? valueAt (phase) : 0.0f;
     if (fadeCounter > 0)

@@ -2,6 +2,8 @@
 
 #include "engine/PdOscillator.h"
 
+#include <cmath>
+
 namespace morvane
 {
 // The sub: a sine or a plain PD wave, no envelope, no sync, no band-limiting.
@@ -30,7 +32,18 @@ struct SubOscillator
     float process (bool audible = true) noexcept { return step (audible, nullptr, 0); }
 
     // As an oscillator's: a step outside a phase fade leaves its wave to completeRun.
-    float processDeferring (bool audible, PdOscillator::Run& run, int j) noexcept { return step (audible, &run, j); }
+    float processDeferring (bool audible, PdOscillator::Run& run, int j) noexcept
+    {
+        // The usual step, inline: outside a fade it only records its phase and moves it.
+        if (! audible || fadeCounter > 0)
+            return step (audible, &run, j);
+        run.deferred[j] = 1;
+        run.defer (j, phase, dcw, 0.0f);
+        phase += increment;
+        if (phase >= 1.0f)
+            phase -= std::floor (phase);
+        return 0.0f;
+    }
     void completeRun (const PdOscillator::Run& run, float* values, int count) const noexcept;
 
 private:

@@ -76,20 +76,22 @@ struct PdOscillator
             phase[j] = p;
             dcw[j] = d;
             morph[j] = m;
-            dcwMoved = dcwMoved || (anyDeferred && d != dcw[firstDeferred]);
             if (! anyDeferred)
-                firstDeferred = j;
-            anyDeferred = true;
+            {
+                heldDcw = d;
+                anyDeferred = true;
+            }
+            dcwMoved = dcwMoved || d != heldDcw;
             anyMorph = anyMorph || m > 0.0f;
         }
         // The run's steps for one wave, gain and next wave's gain.
         WaveRun forWave (int wave, float gain, float nextGain) const noexcept
         {
-            return { wave, phase, dcw, morph, deferred, gain, nextGain, anyMorph, ! dcwMoved, dcw[firstDeferred] };
+            return { wave, phase, dcw, morph, deferred, gain, nextGain, anyMorph, ! dcwMoved, heldDcw };
         }
 
     private:
-        int firstDeferred = 0;
+        float heldDcw = 0.0f; // the DCW of the run's first deferred step
     };
     float processDeferring (bool audible, Run& run, int j) noexcept
     {

@@ -58,7 +58,8 @@ struct WaveForm
 
     float at (float p) const noexcept
     {
-        // x - floor (x), written with a truncation so that loops over it vectorise.
+        // x - floor (x), written with a truncation so that loops over it vectorise; x is a phase
+        // times at most the resonance ratio, far inside the range of an int.
         const auto frac = [] (float x)
         {
             const float t = (float) (int) x;

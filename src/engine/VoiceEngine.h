@@ -307,7 +307,7 @@ private:
         PdOscillator::Run subRun;
         std::array<std::array<float, sourceGroup>, 4> values {};
         std::array<float, sourceGroup> subValues {};
-        std::array<bool, sourceGroup> locked1 {}, locked2 {};
+        std::array<std::array<bool, sourceGroup>, 2> locked {};
         std::array<float, sourceGroup> gain1 {}, gain2 {}, gainSub {}, noiseLeft {}, noiseRight {};
         std::array<float, sourceGroup> sendShare {}, postShare {};
     };

@@ -138,18 +138,19 @@ void VoiceEngine::renderSources (int first, int end, bool controlsMove, float ch
         for (int j = 2 * i; j < 2 * i + 2; ++j)
         {
             const int q = j - 2 * first;
-            g.values[0][(size_t) q] = oscillators[0].processDeferring (audible1, g.runs[0], q);
-            g.locked1[(size_t) q] = pairLocked[0];
-            if (pairLocked[0])
-                g.runs[1].deferred[q] = 0;
-            else
-                g.values[1][(size_t) q] = oscillators[1].processDeferring (audible1, g.runs[1], q);
-            g.values[2][(size_t) q] = oscillators[2].processDeferring (audible2, g.runs[2], q);
-            g.locked2[(size_t) q] = pairLocked[1];
-            if (pairLocked[1])
-                g.runs[3].deferred[q] = 0;
-            else
-                g.values[3][(size_t) q] = oscillators[3].processDeferring (audible2, g.runs[3], q);
+            // Pair 0 first: each pair's sync reads the other's wrap of the same step.
+            const auto stepPair = [&] (size_t p, bool audible)
+            {
+                const size_t leftSide = 2 * p, rightSide = 2 * p + 1;
+                g.values[leftSide][(size_t) q] = oscillators[leftSide].processDeferring (audible, g.runs[leftSide], q);
+                g.locked[p][(size_t) q] = pairLocked[p];
+                if (pairLocked[p])
+                    g.runs[rightSide].deferred[q] = 0;
+                else
+                    g.values[rightSide][(size_t) q] = oscillators[rightSide].processDeferring (audible, g.runs[rightSide], q);
+            };
+            stepPair (0, audible1);
+            stepPair (1, audible2);
             g.gain1[(size_t) q] = gain1;
             g.gain2[(size_t) q] = gain2;
             g.noiseLeft[(size_t) q] = noiseHeard ? noise[Side::left].next() * preGain : 0.0f;
@@ -194,9 +195,9 @@ void VoiceEngine::mixSourceGroup (int firstStep, int count) noexcept
     for (size_t q = 0; q < (size_t) count; ++q)
     {
         const float a1 = g.values[0][q];
-        const float a2 = g.locked1[q] ? a1 : g.values[1][q];
+        const float a2 = g.locked[0][q] ? a1 : g.values[1][q];
         const float b1 = g.values[2][q];
-        const float b2 = g.locked2[q] ? b1 : g.values[3][q];
+        const float b2 = g.locked[1][q] ? b1 : g.values[3][q];
         const float gain1 = g.gain1[q], gain2 = g.gain2[q];
         float l, r;
         if (mode == 1)

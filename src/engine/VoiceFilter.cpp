@@ -49,14 +49,13 @@ CutoffCoefficients VoiceFilter::coefficientsFor (float hz, double oversampledRat
     const float r = (float) (oversampledRate > 0.0 ? oversampledRate : 44100.0);
     const float limited = std::clamp (hz, 20.0f, 0.45f * r);
     const float g = fast::tan (limited * pi / r);
-    return { g, g / (1.0f + g), 1.0f / (1.0f + g), std::clamp (188.49556f / r, 0.0f, 1.0f), limited };
+    const float G = g / (1.0f + g);
+    return { g, G, 1.0f / (1.0f + g), G * G, G * G * G, G * G * G * G, std::clamp (188.49556f / r, 0.0f, 1.0f), limited };
 }
 
 void VoiceFilter::applyCutoff (const CutoffCoefficients& c) noexcept
 {
-    ladderModel.g = diodeModel.g = stateModel.g = c.g;
-    ladderModel.G = diodeModel.G = stateModel.G = c.G;
-    ladderModel.inverse = diodeModel.inverse = stateModel.inverse = c.inverse;
+    ladderModel.gains = diodeModel.gains = stateModel.gains = { c.G, c.G2, c.G3, c.G4, c.inverse };
     diodeModel.lowCoefficient = c.lowCoefficient;
     if (c.centre != phaseModel.centre)
     {

@@ -14,35 +14,37 @@ struct CutoffCoefficients
     float g = 0.0f;              // prewarped integrator gain of the three low-pass models
     float G = 0.0f;              // g / (1 + g), each one-pole stage's share
     float inverse = 1.0f;        // 1 / (1 + g)
+    float G2 = 0.0f, G3 = 0.0f, G4 = 0.0f;
     float lowCoefficient = 0.0f; // one-pole coefficient of 30 Hz
     float centre = 1000.0f;      // centre of the phase chain
 };
 
-// Trapezoidal (zero-delay) one-pole low-pass stage: y = s + G (u - s), written so that the input
-// meets one multiply and one add on its way out; the four stages of a ladder are a chain of these.
-inline float onePoleStage (float u, float& s, float G) noexcept
+// The cut-off's share of each of four trapezoidal (zero-delay) one-pole low-pass stages in series,
+// and its powers: the k-th stage's output is G^k times the input plus what the states alone give.
+struct StageGains
 {
-    const float y = G * u + (1.0f - G) * s;
-    s = 2.0f * y - s;
-    return y;
-}
+    float G = 0.0f, G2 = 0.0f, G3 = 0.0f, G4 = 0.0f, inverse = 1.0f; // inverse = 1 - G = 1 / (1 + g)
+};
 
 struct LadderModel
 {
-    float g = 0.0f, G = 0.0f, inverse = 1.0f, k = 0.0f, s1 = 0.0f, s2 = 0.0f, s3 = 0.0f, s4 = 0.0f;
+    StageGains gains;
+    float k = 0.0f, s1 = 0.0f, s2 = 0.0f, s3 = 0.0f, s4 = 0.0f;
     float process (float x) noexcept;
 };
 
 struct DiodeModel
 {
-    float g = 0.0f, G = 0.0f, inverse = 1.0f, k = 0.0f, s1 = 0.0f, s2 = 0.0f, s3 = 0.0f, s4 = 0.0f;
+    StageGains gains;
+    float k = 0.0f, s1 = 0.0f, s2 = 0.0f, s3 = 0.0f, s4 = 0.0f;
     float lowState = 0.0f, lowCoefficient = 0.0f;
     float process (float x) noexcept;
 };
 
 struct StateModel
 {
-    float g = 0.0f, G = 0.0f, inverse = 1.0f, k = 0.0f, s1 = 0.0f, s2 = 0.0f, s3 = 0.0f, s4 = 0.0f;
+    StageGains gains;
+    float k = 0.0f, s1 = 0.0f, s2 = 0.0f, s3 = 0.0f, s4 = 0.0f;
     float process (float x) noexcept;
 };
 
@@ -98,27 +100,36 @@ private:
 // The per-sample steps, inline so that the voice's loop runs them without calls.
 namespace filterDetail
 {
-    // Prediction of the fourth stage's output from the present states.
-    inline float predictedOutput (float G, float inverse, float s1, float s2, float s3, float s4) noexcept
+    // The fourth stage's output for an input of 0: what the states alone give.
+    inline float predictedOutput (const StageGains& p, float s1, float s2, float s3, float s4) noexcept
     {
-        return (G * G * G * s1 + G * G * s2 + G * s3 + s4) * inverse;
+        return ((p.G3 * s1 + p.G2 * s2) + (p.G * s3 + s4)) * p.inverse;
     }
 
-    inline float fourStages (float u, float G, float& s1, float& s2, float& s3, float& s4) noexcept
+    // The four stages side by side rather than one after another: each output is its power of G
+    // times the input plus a sum of the states alone, which is ready before the input is. The
+    // input then meets one multiply and one add on its way to every stage, and a resonant step's
+    // way round its feedback loop is a quarter shorter.
+    inline float fourStages (float u, const StageGains& p, float& s1, float& s2, float& s3, float& s4) noexcept
     {
-        u = onePoleStage (u, s1, G);
-        u = onePoleStage (u, s2, G);
-        u = onePoleStage (u, s3, G);
-        return onePoleStage (u, s4, G);
+        const float y1 = p.G * u + p.inverse * s1;
+        const float y2 = p.G2 * u + p.inverse * (p.G * s1 + s2);
+        const float y3 = p.G3 * u + p.inverse * ((p.G2 * s1 + p.G * s2) + s3);
+        const float y4 = p.G4 * u + predictedOutput (p, s1, s2, s3, s4);
+        s1 = 2.0f * y1 - s1;
+        s2 = 2.0f * y2 - s2;
+        s3 = 2.0f * y3 - s3;
+        s4 = 2.0f * y4 - s4;
+        return y4;
     }
 }
 
 inline float LadderModel::process (float x) noexcept
 {
-    const float S = k == 0.0f ? 0.0f : filterDetail::predictedOutput (G, inverse, s1, s2, s3, s4);
+    const float S = k == 0.0f ? 0.0f : filterDetail::predictedOutput (gains, s1, s2, s3, s4);
     // Without resonance the feedback term is exactly 0: skip its tanh.
     const float u = k == 0.0f ? x : (1.0f + 0.5f * k) * x - k * fast::tanh (S);
-    return filterDetail::fourStages (u, G, s1, s2, s3, s4);
+    return filterDetail::fourStages (u, gains, s1, s2, s3, s4);
 }
 
 inline float DiodeModel::process (float x) noexcept
@@ -126,12 +137,12 @@ inline float DiodeModel::process (float x) noexcept
     float u = x;
     if (k != 0.0f)
     {
-        const float S = filterDetail::predictedOutput (G, inverse, s1, s2, s3, s4);
+        const float S = filterDetail::predictedOutput (gains, s1, s2, s3, s4);
         // The two directions limit differently.
         const float t = S >= 0.0f ? fast::tanh (S) : 0.85f * fast::tanh (S / 0.85f);
         u = x - k * t;
     }
-    const float y4 = filterDetail::fourStages (u, G, s1, s2, s3, s4);
+    const float y4 = filterDetail::fourStages (u, gains, s1, s2, s3, s4);
     lowState += (y4 - lowState) * lowCoefficient;
     return (y4 - 0.6f * lowState) * 0.95f;
 }
@@ -139,7 +150,7 @@ inline float DiodeModel::process (float x) noexcept
 inline float StateModel::process (float x) noexcept
 {
     const float u = k == 0.0f ? x : x - k * fast::tanh (s4);
-    return 0.85f * filterDetail::fourStages (u, G, s1, s2, s3, s4);
+    return 0.85f * filterDetail::fourStages (u, gains, s1, s2, s3, s4);
 }
 
 inline float PhaseModel::process (float x) noexcept

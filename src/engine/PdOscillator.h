@@ -81,8 +81,9 @@ struct PdOscillator
                 heldDcw = d;
                 anyDeferred = true;
             }
-            dcwMoved = dcwMoved || d != heldDcw;
-            anyMorph = anyMorph || m > 0.0f;
+            // Plain ors, not short circuits: no branch to mispredict on every step.
+            dcwMoved |= d != heldDcw;
+            anyMorph |= m > 0.0f;
         }
         // The run's steps for one wave, gain and next wave's gain.
         WaveRun forWave (int wave, float gain, float nextGain) const noexcept

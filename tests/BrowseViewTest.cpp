@@ -3,21 +3,17 @@
 #include "ui/Editor.h"
 #include "ui/views/BrowseParts.h"
 
+#include "EditorTestSupport.h"
+
 #include <gtest/gtest.h>
 
 using namespace morvane;
+using namespace morvane::test;
 using namespace morvane::ui;
 using namespace morvane::ui::views;
 
 namespace
 {
-juce::MouseEvent mouseAt (juce::Component& c, juce::Point<int> at)
-{
-    auto source = juce::Desktop::getInstance().getMainMouseSource();
-    const auto p = at.toFloat();
-    return { source, p, {}, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f, &c, &c, juce::Time::getCurrentTime(), p, juce::Time::getCurrentTime(), 1, false };
-}
-
 struct Browser
 {
     juce::File dir = morvane::test::uniqueTempFile ("morvane-browse");

@@ -7,42 +7,16 @@
 #include "ui/widgets/ValueFormat.h"
 #include "ui/widgets/VoiceFilterPanel.h"
 
+#include "EditorTestSupport.h"
+
 #include <gtest/gtest.h>
 
 using namespace morvane;
+using namespace morvane::test;
 using namespace morvane::ui::widgets;
 
 namespace
 {
-juce::MouseEvent mouseAt (juce::Component& c, juce::Point<float> p)
-{
-    auto source = juce::Desktop::getInstance().getMainMouseSource();
-    return { source, p, {}, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f, &c, &c, juce::Time::getCurrentTime(), p,
-             juce::Time::getCurrentTime(), 1, false };
-}
-
-void settle() { juce::MessageManager::getInstance()->runDispatchLoopUntil (20); }
-
-// Counts gestures and value changes on a set of parameters while it lives.
-struct Watch : juce::AudioProcessorParameter::Listener
-{
-    Watch (juce::AudioProcessorValueTreeState& s, juce::StringArray parameterIds) : state (s), ids (std::move (parameterIds))
-    {
-        for (auto& id : ids)
-            state.getParameter (id)->addListener (this);
-    }
-    ~Watch() override
-    {
-        for (auto& id : ids)
-            state.getParameter (id)->removeListener (this);
-    }
-    void parameterValueChanged (int, float) override { ++changes; }
-    void parameterGestureChanged (int, bool starting) override { (starting ? begins : ends)++; }
-    juce::AudioProcessorValueTreeState& state;
-    juce::StringArray ids;
-    int begins = 0, ends = 0, changes = 0;
-};
-
 float real (juce::AudioProcessorValueTreeState& s, const char* id) { return s.getRawParameterValue (id)->load(); }
 
 void setReal (juce::AudioProcessorValueTreeState& s, const char* id, float v)
@@ -111,7 +85,7 @@ TEST (CanvasOscFilter, WaveCellClickSetsTheWaveInOneGestureAndCellsFollowThePara
     card.setBounds (0, 0, 420, 312);
     for (int wave : { 7, 0, 9 })
     {
-        Watch watch (s, { "osc1Wave" });
+        HostView watch (s, juce::StringArray { "osc1Wave" });
         card.getWaveCell (wave).triggerClick();
         settle();
         EXPECT_EQ ((int) real (s, "osc1Wave"), wave);
@@ -139,7 +113,7 @@ TEST (CanvasOscFilter, DcwVisualiserRunsTheEngineWaveAndDragsTheDepth)
         EXPECT_EQ (vis.getShapedCurve()[i], vis.getNeutralCurve()[i]);
 
     {
-        Watch watch (s, { "osc2DcwDepth" });
+        HostView watch (s, juce::StringArray { "osc2DcwDepth" });
         drag (vis, { 80, 100 }, { 80, 25 });
         EXPECT_EQ (watch.begins, 1);
         EXPECT_EQ (watch.ends, 1);
@@ -218,7 +192,7 @@ TEST (CanvasOscFilter, OscKnobDragIsOneGesture)
     for (auto& c : cases)
     {
         const float before = s.getParameter (c.id)->getValue();
-        Watch watch (s, { c.id });
+        HostView watch (s, juce::StringArray { c.id });
         const auto centre = c.knob.getLocalBounds().getCentre().toFloat();
         drag (c.knob, centre, centre - juce::Point<float> (0, 60));
         EXPECT_EQ (watch.begins, 1) << c.id;
@@ -309,7 +283,7 @@ TEST (CanvasOscFilter, ResponseStripDragMovesCutoffAndResonanceInOneGesture)
     EXPECT_EQ (strip.getPlot(), juce::Rectangle<int> (8, 8, 156, 94));
     EXPECT_FALSE (strip.getCurve().isEmpty());
 
-    Watch watch (s, { "filterCutoff", "filterReso" });
+    HostView watch (s, juce::StringArray { "filterCutoff", "filterReso" });
     const auto handle = strip.cutoffHandle();
     const juce::Point<float> to { plot.getX() + plot.getWidth() * 0.25f, plot.getY() + plot.getHeight() * 0.2f };
     strip.mouseDown (mouseAt (strip, handle + juce::Point<float> (5, 0)));
@@ -349,7 +323,7 @@ TEST (CanvasOscFilter, FilterPanelSwitchModelKnobsAndTexts)
     EXPECT_EQ (panel.getEnvKnob().getTextFromValue (12.0), "+12.0 dB");
 
     {
-        Watch watch (s, { "filterEnabled" });
+        HostView watch (s, juce::StringArray { "filterEnabled" });
         panel.getEnableButton().triggerClick();
         settle();
         EXPECT_EQ (watch.begins, 1);

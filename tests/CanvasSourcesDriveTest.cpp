@@ -1,4 +1,5 @@
 #include "AllocationCounter.h"
+#include "EditorTestSupport.h"
 #include "TestHelpers.h"
 
 #include "engine/DriveShaper.h"
@@ -16,40 +17,11 @@
 #include <thread>
 
 using namespace morvane;
+using namespace morvane::test;
 using namespace morvane::ui::widgets;
 
 namespace
 {
-juce::MouseEvent mouseAt (juce::Component& c, juce::Point<int> at, int clicks = 1)
-{
-    auto source = juce::Desktop::getInstance().getMainMouseSource();
-    const auto p = at.toFloat();
-    const auto now = juce::Time::getCurrentTime();
-    return { source, p, {}, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f, &c, &c, now, p, now, clicks, false };
-}
-
-void drag (juce::Component& c, juce::Point<int> from, std::initializer_list<juce::Point<int>> path)
-{
-    c.mouseDown (mouseAt (c, from));
-    juce::Point<int> last = from;
-    for (auto p : path)
-        c.mouseDrag (mouseAt (c, last = p));
-    c.mouseUp (mouseAt (c, last));
-}
-
-void settle() { juce::MessageManager::getInstance()->runDispatchLoopUntil (20); }
-
-// Counts what a host would see of a parameter.
-struct HostView : juce::AudioProcessorParameter::Listener
-{
-    explicit HostView (juce::RangedAudioParameter* p) : parameter (p) { parameter->addListener (this); }
-    ~HostView() override { parameter->removeListener (this); }
-    void parameterValueChanged (int, float) override { ++changes; }
-    void parameterGestureChanged (int, bool starting) override { ++(starting ? starts : ends); }
-    juce::RangedAudioParameter* parameter;
-    int changes = 0, starts = 0, ends = 0;
-};
-
 float real (MorvaneAudioProcessor& p, const char* id) { return p.getParameterTree().getRawParameterValue (id)->load(); }
 juce::RangedAudioParameter* param (MorvaneAudioProcessor& p, const char* id) { return p.getParameterTree().getParameter (id); }
 }
@@ -93,7 +65,7 @@ TEST (LfoCard, PreviewDragIsOneGestureOnRateAndDepth)
     const float rate0 = rate->getValue(), depth0 = depth->getValue();
     HostView r (rate), d (depth);
     drag (card.preview, { 80, 60 }, { { 100, 50 }, { 140, 40 } });
-    EXPECT_EQ (r.starts, 1); EXPECT_EQ (r.ends, 1); EXPECT_EQ (d.starts, 1); EXPECT_EQ (d.ends, 1);
+    EXPECT_EQ (r.begins, 1); EXPECT_EQ (r.ends, 1); EXPECT_EQ (d.begins, 1); EXPECT_EQ (d.ends, 1);
     EXPECT_NEAR (rate->getValue(), rate0 + 60.0f / 240.0f, 1e-4f);
     EXPECT_NEAR (depth->getValue(), depth0 + 20.0f / 200.0f, 1e-4f);
     // Far past the ends: held to the range.
@@ -147,10 +119,10 @@ TEST (SourceUtilityStrip, FoldedWaveChoiceWritesBothParameters)
     strip.waveChoice.setSelectedId (2, juce::sendNotificationSync); // SAW
     EXPECT_EQ (juce::roundToInt (real (p, "subMode")), 1);
     EXPECT_EQ (juce::roundToInt (real (p, "subWave")), 0);
-    EXPECT_EQ (m.starts, 1); EXPECT_EQ (m.ends, 1); EXPECT_EQ (w.starts, 1); EXPECT_EQ (w.ends, 1);
+    EXPECT_EQ (m.begins, 1); EXPECT_EQ (m.ends, 1); EXPECT_EQ (w.begins, 1); EXPECT_EQ (w.ends, 1);
     strip.waveChoice.setSelectedId (10, juce::sendNotificationSync); // PWM
     EXPECT_EQ (juce::roundToInt (real (p, "subWave")), 8);
-    EXPECT_EQ (m.starts, 1) << "the mode was already right";
+    EXPECT_EQ (m.begins, 1) << "the mode was already right";
 
     // From a preset or the host: the drop-down follows without writing back.
     test::setParameter (p, "subWave", 9.0f); // respulse has no item
@@ -186,7 +158,7 @@ TEST (SourceUtilityStrip, NoiseRouteSegmentsOnAFloat)
     segments->getCell (0)->triggerClick();
     settle();
     EXPECT_EQ (real (p, "noiseRouting"), 0.0f);
-    EXPECT_EQ (host.starts, 2);
+    EXPECT_EQ (host.begins, 2);
     EXPECT_EQ (host.ends, 2);
 }
 
@@ -269,7 +241,7 @@ TEST (DriveThumbnail, VerticalDragAndTypedDecibels)
     test::setParameter (p, "drive", 0.0f);
     HostView host (drive);
     drag (thumb, { 50, 100 }, { { 50, 90 }, { 50, 50 } });
-    EXPECT_EQ (host.starts, 1);
+    EXPECT_EQ (host.begins, 1);
     EXPECT_EQ (host.ends, 1);
     EXPECT_NEAR (drive->getValue(), 50.0f / 200.0f, 1e-5f);
     drag (thumb, { 50, 100 }, { { 50, -500 } });
@@ -352,7 +324,7 @@ TEST (AmpEnvelopePanel, HandleDragIsOneGestureOnTheAmpEnvelope)
     const auto handle = row.handlePositions()[3].roundToInt();
     const float width = row.curveBox().getWidth();
     drag (row, handle, { handle.translated (-10, 0), handle.translated (-30, 0) });
-    EXPECT_EQ (host.starts, 1);
+    EXPECT_EQ (host.begins, 1);
     EXPECT_EQ (host.ends, 1);
     EXPECT_NEAR (release->getValue(), juce::jlimit (0.0f, 1.0f, before - 30.0f / width), 1e-4f);
 }
@@ -431,8 +403,8 @@ TEST (CanvasPanels, EachControlReachesItsEndsAndNothingElseMoves)
 
             for (auto& h : hosts)
             {
-                EXPECT_EQ (h->parameter->getValue(), raise ? 1.0f : 0.0f) << name;
-                EXPECT_EQ (h->starts, 1) << name;
+                EXPECT_EQ (h->parameters.front()->getValue(), raise ? 1.0f : 0.0f) << name;
+                EXPECT_EQ (h->begins, 1) << name;
                 EXPECT_EQ (h->ends, 1) << name;
             }
             for (auto& [id, value] : before)

@@ -1,3 +1,4 @@
+#include "EditorTestSupport.h"
 #include "TestHelpers.h"
 
 #include "audio/PluginProcessor.h"
@@ -10,30 +11,11 @@
 #include <thread>
 
 using namespace morvane;
+using namespace morvane::test;
 using namespace morvane::ui::widgets;
 
 namespace
 {
-juce::MouseEvent mouseAt (juce::Component& c, juce::Point<int> at)
-{
-    auto source = juce::Desktop::getInstance().getMainMouseSource();
-    const auto p = at.toFloat();
-    return { source, p, {}, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f, &c, &c, juce::Time::getCurrentTime(), p,
-             juce::Time::getCurrentTime(), 1, false };
-}
-
-void settle() { juce::MessageManager::getInstance()->runDispatchLoopUntil (20); }
-
-struct GestureCounter : juce::AudioProcessorParameter::Listener
-{
-    explicit GestureCounter (juce::RangedAudioParameter& p) : parameter (p) { parameter.addListener (this); }
-    ~GestureCounter() override { parameter.removeListener (this); }
-    void parameterValueChanged (int, float) override { ++changes; }
-    void parameterGestureChanged (int, bool starting) override { ++(starting ? begins : ends); }
-    juce::RangedAudioParameter& parameter;
-    int begins = 0, ends = 0, changes = 0;
-};
-
 struct Fixture
 {
     MorvaneAudioProcessor processor;
@@ -165,7 +147,7 @@ TEST (EffectCards, EnableSwitchesWriteOneGestureAndBypassTheCard)
         EXPECT_EQ (card.juce::Component::getTitle(), juce::String (row.name));
         const bool before = f.raw (row.parameter) > 0.5f;
         EXPECT_EQ (card.isActive(), before) << row.name;
-        GestureCounter counter (f.param (row.parameter));
+        HostView counter (&f.param (row.parameter));
         button.triggerClick();
         settle();
         EXPECT_EQ (f.raw (row.parameter) > 0.5f, ! before) << row.name;
@@ -204,7 +186,7 @@ TEST (EffectCards, AKnobDragIsOneGesture)
     for (const auto& row : knobRows)
     {
         auto& knob = row.knob (f.panel);
-        GestureCounter counter (f.param (row.parameter));
+        HostView counter (&f.param (row.parameter));
         const auto start = f.raw (row.parameter);
         const auto centre = knob.getLocalBounds().getCentre();
         knob.mouseDown (mouseAt (knob, centre));

@@ -3,27 +3,16 @@
 #include "ui/widgets/AdsrEnvelopeEditor.h"
 #include "ui/widgets/ValueFormat.h"
 
+#include "EditorTestSupport.h"
+
 #include <gtest/gtest.h>
 
 using namespace morvane;
+using namespace morvane::test;
 using namespace morvane::ui::widgets;
 
 namespace
 {
-juce::MouseEvent mouseAt (juce::Component& c, juce::Point<float> p)
-{
-    auto source = juce::Desktop::getInstance().getMainMouseSource();
-    return { source, p, {}, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f, &c, &c, juce::Time::getCurrentTime(), p,
-             juce::Time::getCurrentTime(), 1, false };
-}
-
-struct GestureCounter : juce::AudioProcessorParameter::Listener
-{
-    void parameterValueChanged (int, float) override {}
-    void parameterGestureChanged (int, bool starting) override { (starting ? begins : ends)++; }
-    int begins = 0, ends = 0;
-};
-
 const juce::StringArray filterIds { "filterAttack", "filterDecay", "filterSustain", "filterRelease" };
 
 void setNormalised (juce::AudioProcessorValueTreeState& s, const char* id, float v)
@@ -97,17 +86,13 @@ TEST (EnvelopeEditor, HandleDragsMapToNormalisedValuesInOneGesture)
         for (int i = 0; i < 4; ++i)
             setNormalised (s, filterIds[i].toRawUTF8(), start[i]);
         row.refresh();
-        GestureCounter counter;
-        for (auto& id : filterIds)
-            s.getParameter (id)->addListener (&counter);
+        HostView counter (s, filterIds);
         const auto from = row.handlePositions()[(size_t) c.handle - 1];
         row.mouseDown (mouseAt (row, from));
         ASSERT_EQ (row.getDragHandle(), c.handle);
         row.mouseDrag (mouseAt (row, from + c.move * 0.5f));
         row.mouseDrag (mouseAt (row, from + c.move));
         row.mouseUp (mouseAt (row, from + c.move));
-        for (auto& id : filterIds)
-            s.getParameter (id)->removeListener (&counter);
         for (int i = 0; i < 4; ++i)
             EXPECT_NEAR (s.getParameter (filterIds[i])->getValue(), c.expected[i], 0.002f) << c.handle << " " << i;
         EXPECT_EQ (counter.begins, c.handle == 2 ? 2 : 1);

@@ -3,22 +3,16 @@
 #include "ui/Header.h"
 #include "ui/theme/Themes.h"
 
+#include "EditorTestSupport.h"
+
 #include <gtest/gtest.h>
 
 using namespace morvane;
+using namespace morvane::test;
 using namespace morvane::ui;
 
 namespace
 {
-juce::MouseEvent mouseAt (juce::Component& c, juce::Point<int> at, juce::ModifierKeys mods = {})
-{
-    auto source = juce::Desktop::getInstance().getMainMouseSource();
-    const auto p = at.toFloat();
-    return { source, p, mods, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f, &c, &c, juce::Time::getCurrentTime(), p,
-             juce::Time::getCurrentTime(), 1, false };
-}
-
-void settle() { juce::MessageManager::getInstance()->runDispatchLoopUntil (20); }
 }
 
 TEST (Header, ChipTextsAndFormats)

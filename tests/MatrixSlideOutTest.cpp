@@ -4,15 +4,13 @@
 #include "ui/matrix/MatrixWiring.h"
 #include "ui/widgets/MatrixSlideOut.h"
 
+#include "EditorTestSupport.h"
+
 #include <gtest/gtest.h>
 
 using namespace morvane;
+using namespace morvane::test;
 using namespace morvane::ui;
-
-namespace
-{
-void settle() { juce::MessageManager::getInstance()->runDispatchLoopUntil (30); }
-}
 
 TEST (RoutingRow, FollowsItsSlotAndWritesOnlyIt)
 {
@@ -22,24 +20,24 @@ TEST (RoutingRow, FollowsItsSlotAndWritesOnlyIt)
     test::setParameter (p, "mod3Dest", 4.0f);
     widgets::RoutingRow row (p.getParameterTree(), 3);
     row.setBounds (0, 0, 620, 88);
-    settle();
+    settle (30);
     EXPECT_EQ (row.getSourceChip().getText(), "OFF");
     EXPECT_TRUE (row.getSourceChip().hasOffLook());
     EXPECT_FALSE (row.getAmountBar().isVisible());
 
     row.chooseSource (5);
-    settle();
+    settle (30);
     EXPECT_EQ (raw ("mod3Source"), 5.0f);
     EXPECT_FALSE (row.getSourceChip().hasOffLook());
     EXPECT_TRUE (row.getAmountBar().isVisible());
     EXPECT_EQ (row.getSourceChip().getSourceId(), "lfo1");
 
     test::setParameter (p, "mod3Amount", -0.4f);
-    settle();
+    settle (30);
     EXPECT_NEAR (row.getAmountBar().getValue(), -0.4f, 1e-4f) << "the bar follows the parameter";
 
     row.clear();
-    settle();
+    settle (30);
     EXPECT_EQ (raw ("mod3Source"), 0.0f);
     EXPECT_EQ (raw ("mod3Amount"), 0.0f);
     EXPECT_EQ (raw ("mod3Dest"), 4.0f) << "the destination stays";
@@ -61,7 +59,7 @@ TEST (MatrixSlideOut, RowsOnTheGridAndBothWaysOutLeadToTheCanvas)
         EXPECT_EQ (panel.getRow (1).getBounds(), juce::Rectangle<int> (16, 68, 620, 88));
         EXPECT_EQ (panel.getRow (8).getBounds(), juce::Rectangle<int> (648, 356, 620, 88));
         panel.getCloseButton().triggerClick();
-        settle();
+        settle (30);
         EXPECT_EQ (editor.getActiveView(), 0);
         editor.setActiveView (Editor::matrixView);
         editor.setActiveView (Editor::fxView);

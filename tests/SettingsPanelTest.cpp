@@ -1,13 +1,11 @@
 #include "ui/widgets/SettingsPanel.h"
 
+#include "EditorTestSupport.h"
+
 #include <gtest/gtest.h>
 
 using namespace morvane::ui::widgets;
-
-namespace
-{
-void settle() { juce::MessageManager::getInstance()->runDispatchLoopUntil (20); }
-}
+using morvane::test::settle;
 
 TEST (SettingsPanel, TabsAndTheThemeBoxShowWhatTheSettersSay)
 {

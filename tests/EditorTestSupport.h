@@ -1,0 +1,70 @@
+#pragma once
+
+#include <juce_audio_processors/juce_audio_processors.h>
+#include <juce_gui_basics/juce_gui_basics.h>
+
+#include <type_traits>
+#include <vector>
+
+namespace morvane::test
+{
+// A mouse event on c at p, built by hand so that the editor's components can be driven without
+// a display.
+template <typename T, typename = std::enable_if_t<std::is_floating_point_v<T>>>
+juce::MouseEvent mouseAt (juce::Component& c, juce::Point<T> p, juce::ModifierKeys mods = {}, int clicks = 1)
+{
+    const auto now = juce::Time::getCurrentTime();
+    return { juce::Desktop::getInstance().getMainMouseSource(), p, mods, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f, &c, &c, now, p, now,
+             clicks, false };
+}
+
+// Whole pixels, and braced lists of them.
+inline juce::MouseEvent mouseAt (juce::Component& c, juce::Point<int> p, juce::ModifierKeys mods = {}, int clicks = 1)
+{
+    return mouseAt (c, p.toFloat(), mods, clicks);
+}
+
+// Down at the first point, dragged through the path, up at its end.
+inline void drag (juce::Component& c, juce::Point<int> from, std::initializer_list<juce::Point<int>> path)
+{
+    c.mouseDown (mouseAt (c, from));
+    juce::Point<int> last = from;
+    for (auto p : path)
+        c.mouseDrag (mouseAt (c, last = p));
+    c.mouseUp (mouseAt (c, last));
+}
+
+// Lets timers and posted updates run, as the message loop would between two events.
+inline void settle (int milliseconds = 20) { juce::MessageManager::getInstance()->runDispatchLoopUntil (milliseconds); }
+
+// What a host sees of some parameters while this lives: gestures begun and ended, and changes.
+struct HostView : juce::AudioProcessorParameter::Listener
+{
+    explicit HostView (juce::AudioProcessorParameter* p) : HostView (std::vector<juce::AudioProcessorParameter*> { p }) {}
+    HostView (juce::AudioProcessorValueTreeState& state, const juce::StringArray& ids)
+    {
+        for (auto& id : ids)
+            parameters.push_back (state.getParameter (id));
+        listen();
+    }
+    explicit HostView (std::vector<juce::AudioProcessorParameter*> ps) : parameters (std::move (ps)) { listen(); }
+    ~HostView() override
+    {
+        for (auto* p : parameters)
+            p->removeListener (this);
+    }
+
+    void parameterValueChanged (int, float) override { ++changes; }
+    void parameterGestureChanged (int, bool starting) override { ++(starting ? begins : ends); }
+
+    std::vector<juce::AudioProcessorParameter*> parameters;
+    int begins = 0, ends = 0, changes = 0;
+
+private:
+    void listen()
+    {
+        for (auto* p : parameters)
+            p->addListener (this);
+    }
+};
+}

@@ -193,9 +193,9 @@ TEST (VoiceFilter, ModelsKeepTheirStateWhenLeft)
     auto f = makeFilter (VoiceFilter::ladder, 500.0f, 0.0f);
     for (int i = 0; i < 100; ++i)
         f.process (1.0f);
-    const float s4 = f.ladderModel.s4;
+    const float s4 = f.ladderModel.stages[3];
     f.setModelNow (VoiceFilter::state);
     for (int i = 0; i < 100; ++i)
         f.process (1.0f);
-    EXPECT_EQ (f.ladderModel.s4, s4);
+    EXPECT_EQ (f.ladderModel.stages[3], s4);
 }

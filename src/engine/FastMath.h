@@ -5,6 +5,7 @@
 // resolves anyway, and cheaper than the library's calls.
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 namespace morvane::fast
 {
@@ -88,5 +89,15 @@ inline float tanh (float x) noexcept
     const float q = (4.89352518554385e-3f + 2.26843463243900e-3f * a2) + a4 * (1.18534705686654e-4f + 1.19825839466702e-6f * a2);
     const float rational = a * p / q;
     return std::copysign (a < 0.25f ? series : rational, x);
+}
+
+// Four floats worked on side by side (GCC's and Clang's vector types: plain SSE on x86-64).
+using Lanes = float __attribute__ ((vector_size (16)));
+
+// Lane i of v in every lane.
+template <int i>
+inline Lanes broadcast (Lanes v) noexcept
+{
+    return Lanes { v[i], v[i], v[i], v[i] };
 }
 }

@@ -36,10 +36,8 @@ void VoiceFilter::prepare (double oversampledRate) noexcept
 
 void VoiceFilter::clearSignalState() noexcept
 {
-    ladderModel.s1 = ladderModel.s2 = ladderModel.s3 = ladderModel.s4 = 0.0f;
-    diodeModel.s1 = diodeModel.s2 = diodeModel.s3 = diodeModel.s4 = 0.0f;
+    ladderModel.stages = diodeModel.stages = stateModel.stages = fast::Lanes { 0.0f, 0.0f, 0.0f, 0.0f };
     diodeModel.lowState = 0.0f;
-    stateModel.s1 = stateModel.s2 = stateModel.s3 = stateModel.s4 = 0.0f;
     phaseModel.s.fill (0.0f);
     phaseModel.feedbackSample = 0.0f;
 }
@@ -49,13 +47,14 @@ CutoffCoefficients VoiceFilter::coefficientsFor (float hz, double oversampledRat
     const float r = (float) (oversampledRate > 0.0 ? oversampledRate : 44100.0);
     const float limited = std::clamp (hz, 20.0f, 0.45f * r);
     const float g = fast::tan (limited * pi / r);
-    const float G = g / (1.0f + g);
-    return { g, G, 1.0f / (1.0f + g), G * G, G * G * G, G * G * G * G, std::clamp (188.49556f / r, 0.0f, 1.0f), limited };
+    CutoffCoefficients c { g, g / (1.0f + g), 1.0f / (1.0f + g), {}, std::clamp (188.49556f / r, 0.0f, 1.0f), limited };
+    c.stages.set (c.G, c.inverse);
+    return c;
 }
 
 void VoiceFilter::applyCutoff (const CutoffCoefficients& c) noexcept
 {
-    ladderModel.gains = diodeModel.gains = stateModel.gains = { c.G, c.G2, c.G3, c.G4, c.inverse };
+    stageGains = c.stages;
     diodeModel.lowCoefficient = c.lowCoefficient;
     if (c.centre != phaseModel.centre)
     {

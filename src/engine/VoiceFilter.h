@@ -7,6 +7,25 @@
 
 namespace morvane
 {
+// The cut-off's share of each of four trapezoidal (zero-delay) one-pole low-pass stages in series.
+// The k-th stage's output is G^k times the input plus a sum of the states alone; the four stages
+// run as the four lanes of one vector, their states in the same lanes.
+struct StageGains
+{
+    fast::Lanes powers { 0.0f, 0.0f, 0.0f, 0.0f }; // G, G^2, G^3, G^4
+    fast::Lanes fromState[4] {};                   // state j's share of each stage k, (1 - G) G^(k - j)
+
+    void set (float G, float inverse) noexcept
+    {
+        const float G2 = G * G, G3 = G2 * G;
+        powers = fast::Lanes { G, G2, G3, G3 * G };
+        fromState[0] = inverse * fast::Lanes { 1.0f, G, G2, G3 };
+        fromState[1] = inverse * fast::Lanes { 0.0f, 1.0f, G, G2 };
+        fromState[2] = inverse * fast::Lanes { 0.0f, 0.0f, 1.0f, G };
+        fromState[3] = inverse * fast::Lanes { 0.0f, 0.0f, 0.0f, 1.0f };
+    }
+};
+
 // Coefficients that depend only on the cut-off and the rate, worked out once per host sample and
 // shared by every filter of the voice.
 struct CutoffCoefficients
@@ -14,38 +33,31 @@ struct CutoffCoefficients
     float g = 0.0f;              // prewarped integrator gain of the three low-pass models
     float G = 0.0f;              // g / (1 + g), each one-pole stage's share
     float inverse = 1.0f;        // 1 / (1 + g)
-    float G2 = 0.0f, G3 = 0.0f, G4 = 0.0f;
+    StageGains stages;           // the four low-pass stages' shares
     float lowCoefficient = 0.0f; // one-pole coefficient of 30 Hz
     float centre = 1000.0f;      // centre of the phase chain
 };
 
-// The cut-off's share of each of four trapezoidal (zero-delay) one-pole low-pass stages in series,
-// and its powers: the k-th stage's output is G^k times the input plus what the states alone give.
-struct StageGains
-{
-    float G = 0.0f, G2 = 0.0f, G3 = 0.0f, G4 = 0.0f, inverse = 1.0f; // inverse = 1 - G = 1 / (1 + g)
-};
-
 struct LadderModel
 {
-    StageGains gains;
-    float k = 0.0f, s1 = 0.0f, s2 = 0.0f, s3 = 0.0f, s4 = 0.0f;
-    float process (float x) noexcept;
+    fast::Lanes stages { 0.0f, 0.0f, 0.0f, 0.0f }; // the four stages' states
+    float k = 0.0f;
+    float process (float x, const StageGains& gains) noexcept;
 };
 
 struct DiodeModel
 {
-    StageGains gains;
-    float k = 0.0f, s1 = 0.0f, s2 = 0.0f, s3 = 0.0f, s4 = 0.0f;
+    fast::Lanes stages { 0.0f, 0.0f, 0.0f, 0.0f }; // the four stages' states
+    float k = 0.0f;
     float lowState = 0.0f, lowCoefficient = 0.0f;
-    float process (float x) noexcept;
+    float process (float x, const StageGains& gains) noexcept;
 };
 
 struct StateModel
 {
-    StageGains gains;
-    float k = 0.0f, s1 = 0.0f, s2 = 0.0f, s3 = 0.0f, s4 = 0.0f;
-    float process (float x) noexcept;
+    fast::Lanes stages { 0.0f, 0.0f, 0.0f, 0.0f }; // the four stages' states
+    float k = 0.0f;
+    float process (float x, const StageGains& gains) noexcept;
 };
 
 struct PhaseModel
@@ -71,6 +83,7 @@ struct VoiceFilter
     int fadeCounter = 0;
     double rate = 88200.0;
 
+    StageGains stageGains; // the cut-off's, shared by the three low-pass models
     LadderModel ladderModel;
     DiodeModel diodeModel;
     StateModel stateModel;
@@ -100,57 +113,55 @@ private:
 // The per-sample steps, inline so that the voice's loop runs them without calls.
 namespace filterDetail
 {
-    // The fourth stage's output for an input of 0: what the states alone give.
-    inline float predictedOutput (const StageGains& p, float s1, float s2, float s3, float s4) noexcept
+    // What the states alone give each stage: its output for an input of 0. Lane 3 is the
+    // fourth stage's, the prediction the resonance feeds back.
+    inline fast::Lanes fromStates (const StageGains& p, fast::Lanes s) noexcept
     {
-        return ((p.G3 * s1 + p.G2 * s2) + (p.G * s3 + s4)) * p.inverse;
+        using fast::broadcast;
+        return (broadcast<0> (s) * p.fromState[0] + broadcast<1> (s) * p.fromState[1])
+             + (broadcast<2> (s) * p.fromState[2] + broadcast<3> (s) * p.fromState[3]);
     }
 
-    // The four stages side by side rather than one after another: each output is its power of G
-    // times the input plus a sum of the states alone, which is ready before the input is. The
-    // input then meets one multiply and one add on its way to every stage, and a resonant step's
-    // way round its feedback loop is a quarter shorter.
-    inline float fourStages (float u, const StageGains& p, float& s1, float& s2, float& s3, float& s4) noexcept
+    // The four stages side by side rather than one after another, given what the states alone
+    // give: the input meets one multiply and one add on its way to every stage, and a resonant
+    // step's way round its feedback loop is a quarter shorter.
+    inline float fourStages (float u, const StageGains& p, fast::Lanes fromStates, fast::Lanes& s) noexcept
     {
-        const float y1 = p.G * u + p.inverse * s1;
-        const float y2 = p.G2 * u + p.inverse * (p.G * s1 + s2);
-        const float y3 = p.G3 * u + p.inverse * ((p.G2 * s1 + p.G * s2) + s3);
-        const float y4 = p.G4 * u + predictedOutput (p, s1, s2, s3, s4);
-        s1 = 2.0f * y1 - s1;
-        s2 = 2.0f * y2 - s2;
-        s3 = 2.0f * y3 - s3;
-        s4 = 2.0f * y4 - s4;
-        return y4;
+        const fast::Lanes y = u * p.powers + fromStates;
+        s = 2.0f * y - s;
+        return y[3];
     }
 }
 
-inline float LadderModel::process (float x) noexcept
+inline float LadderModel::process (float x, const StageGains& gains) noexcept
 {
-    const float S = k == 0.0f ? 0.0f : filterDetail::predictedOutput (gains, s1, s2, s3, s4);
+    const auto c = filterDetail::fromStates (gains, stages);
     // Without resonance the feedback term is exactly 0: skip its tanh.
-    const float u = k == 0.0f ? x : (1.0f + 0.5f * k) * x - k * fast::tanh (S);
-    return filterDetail::fourStages (u, gains, s1, s2, s3, s4);
+    const float u = k == 0.0f ? x : (1.0f + 0.5f * k) * x - k * fast::tanh (c[3]);
+    return filterDetail::fourStages (u, gains, c, stages);
 }
 
-inline float DiodeModel::process (float x) noexcept
+inline float DiodeModel::process (float x, const StageGains& gains) noexcept
 {
+    const auto c = filterDetail::fromStates (gains, stages);
     float u = x;
     if (k != 0.0f)
     {
-        const float S = filterDetail::predictedOutput (gains, s1, s2, s3, s4);
+        const float S = c[3];
         // The two directions limit differently.
         const float t = S >= 0.0f ? fast::tanh (S) : 0.85f * fast::tanh (S / 0.85f);
         u = x - k * t;
     }
-    const float y4 = filterDetail::fourStages (u, gains, s1, s2, s3, s4);
+    const float y4 = filterDetail::fourStages (u, gains, c, stages);
     lowState += (y4 - lowState) * lowCoefficient;
     return (y4 - 0.6f * lowState) * 0.95f;
 }
 
-inline float StateModel::process (float x) noexcept
+inline float StateModel::process (float x, const StageGains& gains) noexcept
 {
-    const float u = k == 0.0f ? x : x - k * fast::tanh (s4);
-    return 0.85f * filterDetail::fourStages (u, gains, s1, s2, s3, s4);
+    const auto c = filterDetail::fromStates (gains, stages);
+    const float u = k == 0.0f ? x : x - k * fast::tanh (stages[3]);
+    return 0.85f * filterDetail::fourStages (u, gains, c, stages);
 }
 
 inline float PhaseModel::process (float x) noexcept
@@ -173,9 +184,9 @@ __attribute__ ((always_inline)) inline float VoiceFilter::runModel (int m, float
 {
     switch (m)
     {
-        case ladder: return ladderModel.process (x);
-        case diode:  return diodeModel.process (x);
-        case state:  return stateModel.process (x);
+        case ladder: return ladderModel.process (x, stageGains);
+        case diode:  return diodeModel.process (x, stageGains);
+        case state:  return stateModel.process (x, stageGains);
         default:
             if (phaseModel.stale)
                 phaseModel.rebuild ((float) rate);

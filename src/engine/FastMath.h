@@ -5,7 +5,6 @@
 // resolves anyway, and cheaper than the library's calls.
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 
 namespace morvane::fast
 {

@@ -47,8 +47,8 @@ CutoffCoefficients VoiceFilter::coefficientsFor (float hz, double oversampledRat
     const float r = (float) (oversampledRate > 0.0 ? oversampledRate : 44100.0);
     const float limited = std::clamp (hz, 20.0f, 0.45f * r);
     const float g = fast::tan (limited * pi / r);
-    CutoffCoefficients c { g, g / (1.0f + g), 1.0f / (1.0f + g), {}, std::clamp (188.49556f / r, 0.0f, 1.0f), limited };
-    c.stages.set (c.G, c.inverse);
+    CutoffCoefficients c { g, {}, std::clamp (188.49556f / r, 0.0f, 1.0f), limited };
+    c.stages.set (g / (1.0f + g), 1.0f / (1.0f + g));
     return c;
 }
 

@@ -31,9 +31,7 @@ struct StageGains
 struct CutoffCoefficients
 {
     float g = 0.0f;              // prewarped integrator gain of the three low-pass models
-    float G = 0.0f;              // g / (1 + g), each one-pole stage's share
-    float inverse = 1.0f;        // 1 / (1 + g)
-    StageGains stages;           // the four low-pass stages' shares
+    StageGains stages;           // the four low-pass stages' shares, from G = g / (1 + g)
     float lowCoefficient = 0.0f; // one-pole coefficient of 30 Hz
     float centre = 1000.0f;      // centre of the phase chain
 };

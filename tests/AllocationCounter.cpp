@@ -11,9 +11,9 @@ std::atomic<long>& AllocationCounter::count()
     return c;
 }
 
-std::atomic<bool>& AllocationCounter::counting()
+bool& AllocationCounter::counting()
 {
-    static std::atomic<bool> on { false };
+    static thread_local bool on = false;
     return on;
 }
 }
@@ -22,7 +22,7 @@ namespace
 {
 void* allocate (std::size_t size)
 {
-    if (morvane::test::AllocationCounter::counting().load (std::memory_order_relaxed))
+    if (morvane::test::AllocationCounter::counting())
         morvane::test::AllocationCounter::count().fetch_add (1, std::memory_order_relaxed);
     if (void* p = std::malloc (size == 0 ? 1 : size))
         return p;
@@ -31,7 +31,7 @@ void* allocate (std::size_t size)
 
 void* allocateAligned (std::size_t size, std::align_val_t align)
 {
-    if (morvane::test::AllocationCounter::counting().load (std::memory_order_relaxed))
+    if (morvane::test::AllocationCounter::counting())
         morvane::test::AllocationCounter::count().fetch_add (1, std::memory_order_relaxed);
     const auto a = (std::size_t) align;
     if (void* p = std::aligned_alloc (a, (size + a - 1) / a * a))

@@ -3,7 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <memory>
 #include <random>
+#include <thread>
+#include <vector>
 
 using namespace morvane;
 using namespace morvane::test;
@@ -72,10 +76,24 @@ TEST (Realtime, BlocksLargerThanPreparedAreChunkedWithoutAllocating)
     EXPECT_EQ (allocationsWhileProcessing (*p, 1000, 50), 0);
 }
 
-TEST (Realtime, TheCounterSeesAllocations)
+TEST (Realtime, TheCounterSeesThisThreadsAllocationsOnly)
 {
+    // Another thread, started before counting, allocates while this one counts.
+    std::atomic<int> stage { 0 };
+    std::thread other ([&stage]
+    {
+        while (stage.load() == 0)
+            std::this_thread::yield();
+        auto p = std::make_unique<std::vector<int>> (100);
+        stage = 2;
+    });
     AllocationCounter counter;
+    stage = 1;
+    while (stage.load() != 2)
+        std::this_thread::yield();
+    EXPECT_EQ (counter.allocations(), 0);
     auto* v = new std::vector<int> (100);
     delete v;
     EXPECT_GE (counter.allocations(), 2);
+    other.join();
 }

@@ -87,12 +87,23 @@ TEST (Drift, ExactlyOneAndNoDrawsWithoutAmount)
     OscillatorDrift d;
     d.prepare (48000.0);
     for (int i = 0; i < 1000; ++i)
-        ASSERT_EQ (d.ratio (0.0f), 1.0f);
+    {
+        const auto r = d.ratio (0.0f);
+        ASSERT_EQ (r.up, 1.0f);
+        ASSERT_EQ (r.down, 1.0f);
+    }
     EXPECT_EQ (d.counter, 0);
     EXPECT_EQ (d.value, 0.0f);
     float widest = 1.0f;
     for (int i = 0; i < 48000; ++i)
-        widest = std::max (widest, d.ratio (1.0f));
+    {
+        const auto r = d.ratio (1.0f);
+        // The two ratios are 2^e and 2^-e of the walk's value.
+        const double cents = 60.0 * (double) d.value;
+        ASSERT_NEAR (r.up, std::exp2 (cents / 1200.0), 2.0e-7);
+        ASSERT_NEAR (r.down, std::exp2 (-cents / 1200.0), 2.0e-7);
+        widest = std::max (widest, r.up);
+    }
     EXPECT_GT (widest, 1.0f);
     EXPECT_LE (widest, std::exp2 (60.0f / 1200.0f) + 1.0e-6f); // +-60 cents at full amount
 }

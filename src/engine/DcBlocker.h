@@ -50,11 +50,17 @@ struct OscillatorDrift
         coefficient = hostRate > 0.0 ? (float) (1.0 - std::exp (-1.0 / (hostRate * 0.035))) : 1.0f;
     }
 
+    // 2^e and 2^-e for |e| up to 0.05: the series to the fourth power, within a float's rounding.
+    struct Ratio
+    {
+        float up = 1.0f, down = 1.0f;
+    };
+
     // Ratio for this host sample; the walk stands still, drawing nothing, while the amount is 0.
-    float ratio (float amount) noexcept
+    Ratio ratio (float amount) noexcept
     {
         if (std::clamp (amount, 0.0f, 1.0f) <= 0.0f)
-            return 1.0f;
+            return {};
         if (counter < 1)
         {
             counter = interval;
@@ -62,7 +68,12 @@ struct OscillatorDrift
         }
         --counter;
         value += (target - value) * coefficient;
-        return std::exp2 (std::min (amount, 1.0f) * value * 60.0f * 0.00083333335f);
+        // Up to 60 cents, in natural-log units.
+        const float y = std::min (amount, 1.0f) * value * (60.0f * 0.00083333335f * 0.69314718f);
+        const float y2 = y * y;
+        const float even = 1.0f + y2 * (0.5f + y2 * 0.041666668f);
+        const float odd = y * (1.0f + y2 * 0.16666667f);
+        return { even + odd, even - odd };
     }
 };
 }

@@ -39,6 +39,7 @@ void VoiceEngine::prepare (double newSampleRate, int maximumBlockSize)
 {
     sampleRate = newSampleRate;
     const double hostRate = positiveRate (sampleRate);
+    inverseHostRate = (float) (1.0 / hostRate);
     const double overRate = sampleRate * 2.0;
 
     for (auto& osc : oscillators)

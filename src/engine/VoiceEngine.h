@@ -53,6 +53,7 @@ public:
 
     // Note state.
     double sampleRate = 44100.0;
+    float inverseHostRate = 1.0f / 44100.0f;
     float currentPitch = 60.0f;
     float targetPitch = 60.0f;
     float glideCoefficient = 1.0f;

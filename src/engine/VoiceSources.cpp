@@ -101,18 +101,18 @@ void VoiceEngine::renderSources (int first, int end, bool controlsMove, float ch
             fHigh = c.detuneRatio * f + c.beat;
             fLow = c.detuneLowRatio * f + c.w * c.beat;
         }
-        beatPhase += std::abs (fHigh - fLow) / (float) sampleRate;
+        beatPhase += std::abs (fHigh - fLow) * inverseHostRate;
         if (beatPhase >= 1.0f)
             beatPhase -= std::floor (beatPhase);
 
         // 9. Drift, in opposite senses on the two pairs.
-        const float driftRatio = drift.ratio (c.driftAmount);
+        const auto driftRatio = drift.ratio (c.driftAmount);
 
         // 10. Oscillator frequencies.
-        oscillators[0].frequency = f * c.tune1 / driftRatio;
+        oscillators[0].frequency = f * c.tune1 * driftRatio.down;
         oscillators[1].frequency = oscillators[0].frequency;
-        oscillators[2].frequency = fHigh * c.tune2 * driftRatio;
-        oscillators[3].frequency = fLow * c.tune2 * driftRatio;
+        oscillators[2].frequency = fHigh * c.tune2 * driftRatio.up;
+        oscillators[3].frequency = fLow * c.tune2 * driftRatio.up;
         const float subHz = f * chunkSubRatio;
         for (auto& sub : subs)
             sub.setFrequency (subHz);

@@ -211,6 +211,26 @@ TEST (VoiceFades, DrivePositionAndSubRoutingChangeWithoutAStep)
     }
 }
 
+TEST (VoiceFades, AfterADrivePositionChangeTheVoiceSoundsAsOneStartedThere)
+{
+    // The filter envelope has moved the cut-off since the note began and has settled when the
+    // position changes: the filters that take over must stand where the cut-off now is.
+    const auto render = [] (float startPosition)
+    {
+        auto p = sineVoice ({ { "drive", 12.0f }, { "filterCutoff", 300.0f }, { "filterReso", 0.6f }, { "filterEnvAmount", 36.0f },
+                              { "filterDecay", 0.02f }, { "filterSustain", 0.0f }, { "drivePosition", startPosition } });
+        return switchDuring (*p, "drivePosition", 1.0f, 24064);
+    };
+    const auto switched = render (0.0f), started = render (1.0f);
+    const int from = 24064 + 12000, n = 12000;
+    juce::AudioBuffer<float> difference (1, n);
+    difference.copyFrom (0, 0, switched, 0, from, n);
+    difference.addFrom (0, 0, started, 0, from, n, -1.0f);
+    const double level = rms (started.getReadPointer (0) + from, n);
+    EXPECT_GT (level, 0.01);
+    EXPECT_LT (rms (difference.getReadPointer (0), n), 1.0e-3 * level);
+}
+
 TEST (VoiceFades, SubToPostFilterCutsTheSendAtOnce)
 {
     // The send falls to 0 at once and the post share runs through cos + sin, about 3 dB over its end value.

@@ -48,7 +48,8 @@ CutoffCoefficients VoiceFilter::coefficientsFor (float hz, double oversampledRat
     const float limited = std::clamp (hz, 20.0f, 0.45f * r);
     const float g = fast::tan (limited * pi / r);
     CutoffCoefficients c { g, {}, std::clamp (188.49556f / r, 0.0f, 1.0f), limited };
-    c.stages.set (g / (1.0f + g), 1.0f / (1.0f + g));
+    const float inverse = 1.0f / (1.0f + g);
+    c.stages.set (g * inverse, inverse);
     return c;
 }
 

@@ -206,12 +206,23 @@ void VoiceEngine::renderChain (int first, int end, int leftMode) noexcept
             cutoffCoefficients = VoiceFilter::coefficientsFor (hz, sampleRate * 2.0);
             cutoffApplied = false;
         }
+        const float feedbackGain = c.feedbackGain, toneCoefficient = c.toneCoefficient;
+        // Without feedback nothing is added: a term of 0 would still tie each step to the whole
+        // of the one before.
+        const bool feedbackPre = c.feedbackPre && feedbackGain != 0.0f;
+        const bool feedbackPost = ! c.feedbackPre && feedbackGain != 0.0f;
+        updateChainLock (step.sourcesAlike && c.filter.stereo == 0.0f);
+
+        // Only the filters that run take the new values: the second bank's wait for a position
+        // fade, which marks them stale, and a locked right side takes the left's when it parts.
         if (! cutoffApplied || ! (c.filter == appliedFilterControls))
         {
-            for (auto& bank : filterBanks)
-                for (int side = 0; side < 2; ++side)
+            const size_t banks = positionFadeCounter > 0 ? 2 : 1;
+            const int sides = chainLocked ? 1 : 2;
+            for (size_t b = 0; b < banks; ++b)
+                for (int side = 0; side < sides; ++side)
                 {
-                    auto& filter = bank[(size_t) side];
+                    auto& filter = filterBanks[b][(size_t) side];
                     filter.applyCutoff (cutoffCoefficients);
                     filter.setResonance (c.filter.reso);
                     filter.setPhaseControls (c.filter.mix, c.filter.notch, side == left ? -c.filter.stereo : c.filter.stereo);
@@ -219,13 +230,6 @@ void VoiceEngine::renderChain (int first, int end, int leftMode) noexcept
             cutoffApplied = true;
             appliedFilterControls = c.filter;
         }
-
-        const float feedbackGain = c.feedbackGain, toneCoefficient = c.toneCoefficient;
-        // Without feedback nothing is added: a term of 0 would still tie each step to the whole
-        // of the one before.
-        const bool feedbackPre = c.feedbackPre && feedbackGain != 0.0f;
-        const bool feedbackPost = ! c.feedbackPre && feedbackGain != 0.0f;
-        updateChainLock (step.sourcesAlike && c.filter.stereo == 0.0f);
 
         for (int j = 2 * i; j < 2 * i + 2; ++j)
         {

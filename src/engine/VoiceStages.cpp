@@ -75,6 +75,8 @@ void VoiceEngine::changeDrivePosition (int position) noexcept
     previousDrivePosition = drivePosition;
     drivePosition = position;
     positionFadeCounter = positionFadeLength;
+    // The second bank has not followed the cut-off while it stood idle.
+    cutoffApplied = false;
 }
 
 void VoiceEngine::finishDrivePositionFade() noexcept

@@ -4,6 +4,8 @@
 
 #include <juce_audio_basics/juce_audio_basics.h>
 
+#include <cstdint>
+#include <cstring>
 #include <limits>
 
 namespace morvane
@@ -81,8 +83,9 @@ struct PdOscillator
                 heldDcw = d;
                 anyDeferred = true;
             }
-            // Plain ors, not short circuits: no branch to mispredict on every step.
-            dcwMoved |= d != heldDcw;
+            // Plain ors, not short circuits: no branch to mispredict on every step. The bits are
+            // compared: a DCW is never NaN, and 0 against -0 only costs the run its shortcut.
+            dcwMoved |= bitsOf (d) != bitsOf (heldDcw);
             anyMorph |= m > 0.0f;
         }
         // The run's steps for one wave, gain and next wave's gain.
@@ -93,18 +96,39 @@ struct PdOscillator
 
     private:
         float heldDcw = 0.0f; // the DCW of the run's first deferred step
+
+        static std::uint32_t bitsOf (float x) noexcept
+        {
+            std::uint32_t b;
+            std::memcpy (&b, &x, sizeof b);
+            return b;
+        }
     };
+    // Whether the settings alone let a step leave its wave to a run: no sync, and no pulse to
+    // shape or morph towards. They hold for a host sample, so the voice asks once for its steps.
+    bool settingsDefer() const noexcept
+    {
+        return ! syncEnabled && wave != pwmWave && ! (morph > 0.0f && wave + 1 == pwmWave);
+    }
+
     float processDeferring (bool audible, Run& run, int j) noexcept
     {
-        // The usual step, inline: no sync, fade, pulse or edge still to smooth, so it only moves
-        // the clock and the DCW and leaves its wave to the run.
-        if (! audible || syncEnabled || fadeCounter > 0 || wave == pwmWave || pendingStep != 0.0f
-            || (morph > 0.0f && wave + 1 == pwmWave))
+        return processDeferring (audible, settingsDefer(), run, j);
+    }
+
+    float processDeferring (bool audible, bool settingsLetDefer, Run& run, int j) noexcept
+    {
+        // The usual step, inline: no fade, and if heard no edge still to smooth, so it only
+        // moves the clock and the DCW and leaves its wave to the run.
+        if (! settingsLetDefer || fadeCounter > 0 || (audible && pendingStep != 0.0f))
             return step (audible, &run, j);
         increment = frequency * inverseRate;
         stepDcw();
-        run.deferred[j] = 1;
-        run.defer (j, phase, dcwValue, morph);
+        run.deferred[j] = audible ? 1 : 0;
+        if (audible)
+            run.defer (j, phase, dcwValue, morph);
+        else
+            pendingStep = 0.0f;
         advancePhase();
         return 0.0f;
     }
@@ -123,7 +147,7 @@ private:
     {
         const float raw = dcwEnvelope.getNextSample() * dcwDepth;
         // Bright shapes alias on high notes: DCW falls to 0 at a sixtieth of the oversampled rate.
-        dcwValue = std::min (std::clamp (1.0f - 60.0f * increment, 0.0f, 1.0f), std::clamp (raw, 0.0f, 1.0f));
+        dcwValue = std::clamp (std::min (1.0f - 60.0f * increment, raw), 0.0f, 1.0f);
     }
 
     void advancePhase() noexcept

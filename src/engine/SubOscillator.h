@@ -34,11 +34,13 @@ struct SubOscillator
     // As an oscillator's: a step outside a phase fade leaves its wave to completeRun.
     float processDeferring (bool audible, PdOscillator::Run& run, int j) noexcept
     {
-        // The usual step, inline: outside a fade it only records its phase and moves it.
-        if (! audible || fadeCounter > 0)
+        // The usual step, inline: outside a fade it only records its phase, if it is heard, and
+        // moves it.
+        if (fadeCounter > 0)
             return step (audible, &run, j);
-        run.deferred[j] = 1;
-        run.defer (j, phase, dcw, 0.0f);
+        run.deferred[j] = audible ? 1 : 0;
+        if (audible)
+            run.defer (j, phase, dcw, 0.0f);
         phase += increment;
         if (phase >= 1.0f)
             phase -= std::floor (phase);

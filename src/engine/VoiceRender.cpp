@@ -215,7 +215,7 @@ void VoiceEngine::renderChain (int first, int end, int leftMode) noexcept
 
         // Only the filters that run take the new values: the second bank's wait for a position
         // fade, which marks them stale, and a locked right side takes the left's when it parts.
-        if (! cutoffApplied || ! (c.filter == appliedFilterControls))
+        if (! cutoffApplied || (step.controlsUpdated && ! (c.filter == appliedFilterControls)))
         {
             const size_t banks = positionFadeCounter > 0 ? 2 : 1;
             const int sides = chainLocked ? 1 : 2;

@@ -130,11 +130,14 @@ void VoiceEngine::renderSources (int first, int end, bool controlsMove, float ch
         // 12. Two oversampled steps. A pair whose sides run alike is computed once.
         const bool audible1 = c.audible1, audible2 = c.audible2;
         // A pair's settings other than its frequencies are among the controls above, so the
-        // locks need a look only when those were worked out again or the frequencies part.
-        if (step.controlsUpdated || oscillators[1].frequency != oscillators[0].frequency
-            || oscillators[3].frequency != oscillators[2].frequency)
+        // locks need a look only when those were worked out again or a locked pair's frequencies
+        // part. A pair already apart whose frequencies differ cannot lock.
+        if (step.controlsUpdated || (pairLocked[0] && oscillators[1].frequency != oscillators[0].frequency)
+            || (pairLocked[1] && oscillators[3].frequency != oscillators[2].frequency))
             updatePairLocks();
         step.sourcesAlike = (pairLocked[0] || ! audible1) && (pairLocked[1] || ! audible2) && ! noiseHeard;
+        // The two sides of a pair share their wave, morph and sync.
+        const std::array<bool, 2> pairDefers { oscillators[0].settingsDefer(), oscillators[2].settingsDefer() };
         for (int j = 2 * i; j < 2 * i + 2; ++j)
         {
             const int q = j - 2 * first;
@@ -142,12 +145,12 @@ void VoiceEngine::renderSources (int first, int end, bool controlsMove, float ch
             const auto stepPair = [&] (size_t p, bool audible)
             {
                 const size_t leftSide = 2 * p, rightSide = 2 * p + 1;
-                g.values[leftSide][(size_t) q] = oscillators[leftSide].processDeferring (audible, g.runs[leftSide], q);
+                g.values[leftSide][(size_t) q] = oscillators[leftSide].processDeferring (audible, pairDefers[p], g.runs[leftSide], q);
                 g.locked[p][(size_t) q] = pairLocked[p];
                 if (pairLocked[p])
                     g.runs[rightSide].deferred[q] = 0;
                 else
-                    g.values[rightSide][(size_t) q] = oscillators[rightSide].processDeferring (audible, g.runs[rightSide], q);
+                    g.values[rightSide][(size_t) q] = oscillators[rightSide].processDeferring (audible, pairDefers[p], g.runs[rightSide], q);
             };
             stepPair (0, audible1);
             stepPair (1, audible2);

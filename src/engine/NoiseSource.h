@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/FastMath.h"
+
 #include <algorithm>
 #include <cstdint>
 
@@ -14,7 +16,9 @@ struct NoiseSource
     double sampleRate = 44100.0;
     std::uint32_t state = 0xA1B2C3D4u;
     int colour = white;
-    float b0 = 0.0f, b1 = 0.0f, b2 = 0.0f, b3 = 0.0f, b4 = 0.0f, b5 = 0.0f, b6 = 0.0f;
+    // The pink filter's six one-poles as lanes (b0 to b3, then b4 and b5), and its last term.
+    fast::Lanes pinkLow {}, pinkHigh {};
+    float b6 = 0.0f;
     float brownState = 0.0f;
     float brownCoefficient = 0.0f;
 
@@ -22,7 +26,8 @@ struct NoiseSource
     {
         sampleRate = hostRate;
         state = seed;
-        b0 = b1 = b2 = b3 = b4 = b5 = b6 = brownState = 0.0f;
+        pinkLow = pinkHigh = fast::Lanes {};
+        b6 = brownState = 0.0f;
         // One pole at 16 Hz.
         brownCoefficient = (float) std::clamp (100.53096491487338 / std::max (hostRate, 1.0), 0.0, 1.0);
     }
@@ -38,13 +43,11 @@ struct NoiseSource
 
         if (colour == pink)
         {
-            b0 = 0.99886f * b0 + 0.0555179f * w;
-            b1 = 0.99332f * b1 + 0.0750759f * w;
-            b2 = 0.969f * b2 + 0.153852f * w;
-            b3 = 0.8665f * b3 + 0.3104856f * w;
-            b4 = 0.55f * b4 + 0.5329522f * w;
-            b5 = -0.7616f * b5 - 0.016898f * w;
-            const float out = (b0 + b1 + b2 + b3 + b4 + b5 + b6 + 0.5362f * w) * 0.11f;
+            pinkLow = fast::Lanes { 0.99886f, 0.99332f, 0.969f, 0.8665f } * pinkLow
+                    + fast::Lanes { 0.0555179f, 0.0750759f, 0.153852f, 0.3104856f } * w;
+            pinkHigh = fast::Lanes { 0.55f, -0.7616f, 0.0f, 0.0f } * pinkHigh + fast::Lanes { 0.5329522f, -0.016898f, 0.0f, 0.0f } * w;
+            const fast::Lanes sum = pinkLow + pinkHigh;
+            const float out = ((sum[0] + sum[1]) + (sum[2] + sum[3]) + b6 + 0.5362f * w) * 0.11f;
             b6 = 0.115926f * w;
             return out;
         }

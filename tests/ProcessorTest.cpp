@@ -147,36 +147,48 @@ TEST (Processor, PushesLimitTheirValues)
     EXPECT_NEAR (p->getEngine().pitchBendSemitones, 1.99976f, 1.0e-5f);
 }
 
-TEST (Processor, SameKeyTwiceLeavesOneEntry)
+TEST (Processor, TheKeyStackFollowsPressesAndReleases)
 {
-    auto p = makePrepared();
-    processMidi (*p, { { 0, on (60) }, { 10, on (60) } });
-    EXPECT_EQ (p->getHeldCount(), 1);
-    processMidi (*p, { { 0, off (60) } });
-    EXPECT_EQ (p->getHeldCount(), 0);
-    EXPECT_EQ (p->getEngine().currentNote, -1);
-}
-
-TEST (Processor, ReleasingTheNewestKeyFallsBackToTheOlderOne)
-{
-    auto p = makePrepared();
-    processMidi (*p, { { 0, on (60, 0.3f) }, { 50, on (64) } });
-    EXPECT_EQ (p->getEngine().currentNote, 64);
-    processMidi (*p, { { 0, off (64) } });
-    EXPECT_EQ (p->getEngine().currentNote, 60);
-    EXPECT_NEAR (p->getEngine().noteVelocity, 0.3f, 0.01f); // the stored velocity of that key
-    EXPECT_FALSE (p->getEngine().isIdle());
-    processMidi (*p, { { 0, off (60) } });
-    EXPECT_EQ (p->getEngine().currentNote, -1);
-}
-
-TEST (Processor, ReleasingAnOlderKeyChangesNothing)
-{
-    auto p = makePrepared();
-    processMidi (*p, { { 0, on (60) }, { 50, on (64) } });
-    processMidi (*p, { { 0, off (60) } });
-    EXPECT_EQ (p->getEngine().currentNote, 64);
-    EXPECT_EQ (p->getHeldCount(), 1);
+    // Blocks of events, then the key sounding (-1: none), the keys held and the sounding key's
+    // velocity (the one stored with it when an older key takes over).
+    using Block = std::vector<std::pair<int, juce::MidiMessage>>;
+    const auto controller = [] (int number) { return juce::MidiMessage::controllerEvent (1, number, 0); };
+    struct Row
+    {
+        const char* what;
+        std::vector<Block> blocks;
+        int note, held;
+        float velocity;
+    };
+    const Row rows[] = {
+        { "the same key twice", { { { 0, on (60) }, { 10, on (60) } } }, 60, 1, 1.0f },
+        { "... then released", { { { 0, on (60) }, { 10, on (60) } }, { { 0, off (60) } } }, -1, 0, -1.0f },
+        { "a newer key", { { { 0, on (60, 0.3f) }, { 50, on (64) } } }, 64, 2, 1.0f },
+        { "the newest released", { { { 0, on (60, 0.3f) }, { 50, on (64) } }, { { 0, off (64) } } }, 60, 1, 0.3f },
+        { "both released", { { { 0, on (60, 0.3f) }, { 50, on (64) } }, { { 0, off (64) } }, { { 0, off (60) } } }, -1, 0, -1.0f },
+        { "an older key released", { { { 0, on (60) }, { 50, on (64) } }, { { 0, off (60) } } }, 64, 1, 1.0f },
+        { "all notes off", { { { 0, on (60) }, { 1, on (64) } }, { { 3, controller (120) } } }, -1, 0, -1.0f },
+        { "all sound off", { { { 0, on (60) }, { 1, on (64) } }, { { 3, controller (123) } } }, -1, 0, -1.0f },
+    };
+    for (const auto& row : rows)
+    {
+        auto p = makePrepared();
+        for (const auto& block : row.blocks)
+        {
+            juce::AudioBuffer<float> buffer (p->getTotalNumOutputChannels(), 256);
+            juce::MidiBuffer midi;
+            for (const auto& [pos, m] : block)
+                midi.addEvent (m, pos);
+            p->processBlock (buffer, midi);
+        }
+        EXPECT_EQ (p->getEngine().currentNote, row.note) << row.what;
+        EXPECT_EQ (p->getHeldCount(), row.held) << row.what;
+        if (row.velocity >= 0.0f)
+        {
+            EXPECT_NEAR (p->getEngine().noteVelocity, row.velocity, 0.01f) << row.what;
+            EXPECT_FALSE (p->getEngine().isIdle()) << row.what;
+        }
+    }
 }
 
 TEST (Processor, StackHoldsEveryKeyAndRepressingMovesItToTheTop)
@@ -193,19 +205,6 @@ TEST (Processor, StackHoldsEveryKeyAndRepressingMovesItToTheTop)
     processMidi (*p, { { 0, on (5) } });
     EXPECT_EQ (p->getHeldCount(), 128);
     EXPECT_EQ (p->getEngine().currentNote, 5);
-}
-
-TEST (Processor, ControllersAllNotesOffAndAllSoundOffEmptyTheStack)
-{
-    for (int controller : { 120, 123 })
-    {
-        auto p = makePrepared();
-        processMidi (*p, { { 0, on (60) }, { 1, on (64) } });
-        ASSERT_EQ (p->getHeldCount(), 2);
-        processMidi (*p, { { 3, juce::MidiMessage::controllerEvent (1, controller, 0) } });
-        EXPECT_EQ (p->getHeldCount(), 0) << controller;
-        EXPECT_EQ (p->getEngine().currentNote, -1);
-    }
 }
 
 TEST (Processor, PanicCommandReleasesRatherThanCuts)

@@ -223,7 +223,10 @@ private:
         int fxMode = 0;
         float fxRate = 0.6f, fxDepth = 0.5f, fxFeedback = 0.0f, fxMix = 0.5f;
     };
+    // Written, and handed to the Mod FX pair and the EQs, only for the host samples whose controls
+    // were worked out again (the chunk's first always is).
     std::vector<OutputControls> outputControls;
+    void applyOutputControls (const OutputControls& controls) noexcept;
 
     // A power of ten recomputed only when its exponent moves: static patches pay no pow.
     struct CachedExp

@@ -5,6 +5,29 @@
 
 namespace morvane
 {
+void VoiceEngine::applyOutputControls (const OutputControls& controls) noexcept
+{
+    for (auto& unit : modFx)
+    {
+        unit.enabled = controls.fxEnabled;
+        unit.mode = controls.fxMode;
+        unit.rateHz = controls.fxRate;
+        unit.depth = controls.fxDepth;
+        unit.feedback = controls.fxFeedback;
+        unit.mix = controls.fxMix;
+    }
+    for (auto& eq : postEqs)
+    {
+        eq.enabled = controls.eqEnabled;
+        // A disabled EQ filters nothing, so it is designed when it comes back.
+        if (eq.enabled)
+        {
+            eq.setTilt (controls.tilt);
+            eq.setNotch (controls.notchHz, controls.notchDepth);
+        }
+    }
+}
+
 void VoiceEngine::outputStage (juce::AudioBuffer<float>& buffer, int start, int n) noexcept
 {
     const float* dryLeft = dryBuffer.getReadPointer (0);
@@ -28,28 +51,9 @@ void VoiceEngine::outputStage (juce::AudioBuffer<float>& buffer, int start, int 
         float l = dryLeft[i] + noisePostLeft[(size_t) i];
         float r = dryRight[i] + noisePostRight[(size_t) i];
 
-        const auto& controls = outputControls[(size_t) i];
-        for (auto& unit : modFx)
-        {
-            unit.enabled = controls.fxEnabled;
-            unit.mode = controls.fxMode;
-            unit.rateHz = controls.fxRate;
-            unit.depth = controls.fxDepth;
-            unit.feedback = controls.fxFeedback;
-            unit.mix = controls.fxMix;
-        }
+        if (chainSteps[(size_t) i].controlsUpdated)
+            applyOutputControls (outputControls[(size_t) i]);
         ModFx::processPair (modFx[Side::left], modFx[Side::right], l, r);
-
-        for (auto& eq : postEqs)
-        {
-            eq.enabled = controls.eqEnabled;
-            // A disabled EQ filters nothing, so it is designed when it comes back.
-            if (eq.enabled)
-            {
-                eq.setTilt (controls.tilt);
-                eq.setNotch (controls.notchHz, controls.notchDepth);
-            }
-        }
         l = postEqs[Side::left].process (l);
         r = postEqs[Side::right].process (r);
 

@@ -118,7 +118,8 @@ void VoiceEngine::renderSources (int first, int end, bool controlsMove, float ch
             sub.setFrequency (subHz);
 
         // 11. Host-rate output controls, output gain with the amp envelope, noise around the chain.
-        outputControls[(size_t) i] = c.output;
+        if (step.controlsUpdated)
+            outputControls[(size_t) i] = c.output;
         gainBuffer[(size_t) i] = c.outGain * ampEnvValue * c.ampFactor;
         // Silent noise draws nothing, so a patch without noise pays nothing for it.
         const bool noiseHeard = c.noiseHeard;

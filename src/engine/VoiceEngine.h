@@ -312,6 +312,7 @@ private:
         std::array<std::array<float, sourceGroup>, 4> values {};
         std::array<float, sourceGroup> subValues {};
         std::array<std::array<bool, sourceGroup>, 2> locked {};
+        std::array<int, 2> lockedSteps {}; // how many of the group's steps each pair was locked
         std::array<float, sourceGroup> gain1 {}, gain2 {}, gainSub {}, noiseLeft {}, noiseRight {};
         std::array<float, sourceGroup> sendShare {}, postShare {};
     };

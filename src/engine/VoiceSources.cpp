@@ -8,6 +8,32 @@
 
 namespace morvane
 {
+namespace
+{
+    struct SourceMix
+    {
+        const float *a1, *a2, *b1, *b2, *gain1, *gain2, *noiseLeft, *noiseRight, *sub, *gainSub, *sendShare, *postShare;
+        float *left, *right, *sends, *posts;
+    };
+
+    // The arrays alias nothing, so the loop runs in vector lanes.
+    template <bool ring>
+    void mixSources (const SourceMix& m, int count) noexcept
+    {
+#pragma GCC ivdep
+        for (int q = 0; q < count; ++q)
+        {
+            const float l = ring ? (m.gain1[q] * m.a1[q]) * (m.gain2[q] * m.b1[q]) : m.gain1[q] * m.a1[q] + m.gain2[q] * m.b1[q];
+            const float r = ring ? (m.gain1[q] * m.a2[q]) * (m.gain2[q] * m.b2[q]) : m.gain1[q] * m.a2[q] + m.gain2[q] * m.b2[q];
+            m.left[q] = l + m.noiseLeft[q];
+            m.right[q] = r + m.noiseRight[q];
+            const float sub = m.sub[q] * m.gainSub[q];
+            m.sends[q] = m.sendShare[q] * sub;
+            m.posts[q] = m.postShare[q] * sub;
+        }
+    }
+}
+
 // The first of a chunk's two loops: per host sample the modulation sources, the matrix and the
 // controls, then two oversampled steps of the oscillators, sub and noise, mixed into the
 // oversampled block that the chain's loop then runs through in place.
@@ -17,6 +43,7 @@ void VoiceEngine::renderSources (int first, int end, bool controlsMove, float ch
     for (auto& run : g.runs)
         run.begin();
     g.subRun.begin();
+    g.lockedSteps = {};
 
     for (int i = first; i < end; ++i)
     {
@@ -139,6 +166,8 @@ void VoiceEngine::renderSources (int first, int end, bool controlsMove, float ch
         step.sourcesAlike = (pairLocked[0] || ! audible1) && (pairLocked[1] || ! audible2) && ! noiseHeard;
         // The two sides of a pair share their wave, morph and sync.
         const std::array<bool, 2> pairDefers { oscillators[0].settingsDefer(), oscillators[2].settingsDefer() };
+        g.lockedSteps[0] += pairLocked[0] ? 2 : 0;
+        g.lockedSteps[1] += pairLocked[1] ? 2 : 0;
         for (int j = 2 * i; j < 2 * i + 2; ++j)
         {
             const int q = j - 2 * first;
@@ -192,33 +221,27 @@ void VoiceEngine::mixSourceGroup (int firstStep, int count) noexcept
         oscillators[o].completeRun (g.runs[o], g.values[o].data(), count);
     subs[Side::left].completeRun (g.subRun, g.subValues.data(), count);
 
-    float* overLeft = oversampledChannels[0] + firstStep;
-    float* overRight = oversampledChannels[1] + firstStep;
-    float* sends = subSends.data() + firstStep;
-    float* posts = subPosts.data() + firstStep;
-    for (size_t q = 0; q < (size_t) count; ++q)
+    // A locked right side did not run: its steps take the left's values. Locks seldom change
+    // within a group, so mostly one side simply stands for the other.
+    std::array<const float*, 2> rights {};
+    for (size_t p = 0; p < 2; ++p)
     {
-        const float a1 = g.values[0][q];
-        const float a2 = g.locked[0][q] ? a1 : g.values[1][q];
-        const float b1 = g.values[2][q];
-        const float b2 = g.locked[1][q] ? b1 : g.values[3][q];
-        const float gain1 = g.gain1[q], gain2 = g.gain2[q];
-        float l, r;
-        if (mode == 1)
-        {
-            l = (gain1 * a1) * (gain2 * b1);
-            r = (gain1 * a2) * (gain2 * b2);
-        }
-        else
-        {
-            l = gain1 * a1 + gain2 * b1;
-            r = gain1 * a2 + gain2 * b2;
-        }
-        overLeft[q] = l + g.noiseLeft[q];
-        overRight[q] = r + g.noiseRight[q];
-        const float sub = g.subValues[q] * g.gainSub[q];
-        sends[q] = g.sendShare[q] * sub;
-        posts[q] = g.postShare[q] * sub;
+        auto& left = g.values[2 * p];
+        auto& right = g.values[2 * p + 1];
+        rights[p] = g.lockedSteps[p] == count ? left.data() : right.data();
+        if (g.lockedSteps[p] > 0 && g.lockedSteps[p] < count)
+            for (size_t q = 0; q < (size_t) count; ++q)
+                if (g.locked[p][q])
+                    right[q] = left[q];
     }
+
+    const SourceMix m { g.values[0].data(), rights[0], g.values[2].data(), rights[1], g.gain1.data(), g.gain2.data(),
+                        g.noiseLeft.data(), g.noiseRight.data(), g.subValues.data(), g.gainSub.data(),
+                        g.sendShare.data(), g.postShare.data(), oversampledChannels[0] + firstStep,
+                        oversampledChannels[1] + firstStep, subSends.data() + firstStep, subPosts.data() + firstStep };
+    if (mode == 1)
+        mixSources<true> (m, count);
+    else
+        mixSources<false> (m, count);
 }
 }

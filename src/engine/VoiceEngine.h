@@ -169,6 +169,7 @@ private:
     float subRatio() noexcept;
     void updateMultiband (int voiceDriveMode, const ChainSums& chainSums) noexcept;
     float driveAndFilter (int bank, int side, float x, int position) noexcept;
+    float driveAndFilterFading (int side, float x, float leaving, float entering) noexcept;
 
     void renderChunk (juce::AudioBuffer<float>& buffer, int start, int n) noexcept;
     void updatePairLocks() noexcept;

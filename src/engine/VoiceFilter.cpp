@@ -93,6 +93,15 @@ void VoiceFilter::changeModel (int newModel) noexcept
     fadeCounter = fadeLength;
 }
 
+float VoiceFilter::processFading (float x) noexcept
+{
+    const float before = runModel (previousModel, x);
+    const float now = runModel (model, x);
+    const float X = (1.0f - (float) fadeCounter / (float) fadeLength) * 1.5707964f;
+    --fadeCounter;
+    return std::cos (X) * before + std::sin (X) * now;
+}
+
 void VoiceFilter::setModelNow (int newModel) noexcept
 {
     model = std::clamp (newModel, 0, (int) numModels - 1);

@@ -106,6 +106,7 @@ struct VoiceFilter
 
 private:
     float runModel (int m, float x) noexcept;
+    float processFading (float x) noexcept;
 };
 
 // The per-sample steps, inline so that the voice's loop runs them without calls.
@@ -192,16 +193,9 @@ __attribute__ ((always_inline)) inline float VoiceFilter::runModel (int m, float
     }
 }
 
-inline float VoiceFilter::process (float x) noexcept
+// Inlined into the voice's step; the rare fade runs out of line.
+__attribute__ ((always_inline)) inline float VoiceFilter::process (float x) noexcept
 {
-    if (fadeCounter > 0)
-    {
-        const float before = runModel (previousModel, x);
-        const float now = runModel (model, x);
-        const float X = (1.0f - (float) fadeCounter / (float) fadeLength) * 1.5707964f;
-        --fadeCounter;
-        return std::cos (X) * before + std::sin (X) * now;
-    }
-    return runModel (model, x);
+    return fadeCounter > 0 ? processFading (x) : runModel (model, x);
 }
 }

@@ -31,24 +31,30 @@ namespace
     }
 }
 
-// Here, beside its one caller, so that it is inlined into the step.
-inline float VoiceEngine::driveAndFilter (int bank, int side, float x, int position) noexcept
+// Here, beside its callers, so that it is inlined into the step.
+__attribute__ ((always_inline)) inline float VoiceEngine::driveAndFilter (int bank, int side, float x, int position) noexcept
 {
     auto& shaper = shaperBanks[(size_t) bank][(size_t) side];
     auto& filter = filterBanks[(size_t) bank][(size_t) side];
     // Full mix and full wet are the usual settings: there the blends are skipped, since each would
     // add three dependent operations to every step's way through the voice.
-    auto drive = [&] (float v)
+    auto drive = [&] (float v) __attribute__ ((always_inline))
     {
         const float shaped = shaper.process (v) * driveMakeup;
         return driveMixAmount == 1.0f ? shaped : v + (shaped - v) * driveMixAmount;
     };
-    auto filtered = [&] (float v)
+    auto filtered = [&] (float v) __attribute__ ((always_inline))
     {
         const float y = filter.process (v);
         return filterWetAmount == 1.0f ? y : v + (y - v) * filterWetAmount;
     };
     return position == preDrive ? filtered (drive (x)) : drive (filtered (x));
+}
+
+// The rare position fade runs both banks out of line, leaving the step's usual path short.
+__attribute__ ((noinline)) float VoiceEngine::driveAndFilterFading (int side, float x, float leaving, float entering) noexcept
+{
+    return leaving * driveAndFilter (0, side, x, previousDrivePosition) + entering * driveAndFilter (1, side, x, drivePosition);
 }
 
 void VoiceEngine::render (juce::AudioBuffer<float>& buffer, int startSample, int numSamples) noexcept
@@ -248,9 +254,7 @@ void VoiceEngine::renderChain (int first, int end, int leftMode) noexcept
                 x = mixBlockers[(size_t) side].process (x) + sends[j];
                 if (feedbackPre)
                     x += feedbackGain * feedbackSamples[(size_t) side];
-                x = positionFading ? leaving * driveAndFilter (0, side, x, previousDrivePosition)
-                                         + entering * driveAndFilter (1, side, x, drivePosition)
-                                   : driveAndFilter (0, side, x, drivePosition);
+                x = positionFading ? driveAndFilterFading (side, x, leaving, entering) : driveAndFilter (0, side, x, drivePosition);
                 if (feedbackPost)
                     x += feedbackGain * feedbackSamples[(size_t) side];
                 // "diode" hardly saturates above its knee, so with heavy makeup the loop could gain more

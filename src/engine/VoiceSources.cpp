@@ -226,13 +226,13 @@ void VoiceEngine::mixSourceGroup (int firstStep, int count) noexcept
     std::array<const float*, 2> rights {};
     for (size_t p = 0; p < 2; ++p)
     {
-        auto& left = g.values[2 * p];
-        auto& right = g.values[2 * p + 1];
-        rights[p] = g.lockedSteps[p] == count ? left.data() : right.data();
+        auto& leftValues = g.values[2 * p];
+        auto& rightValues = g.values[2 * p + 1];
+        rights[p] = g.lockedSteps[p] == count ? leftValues.data() : rightValues.data();
         if (g.lockedSteps[p] > 0 && g.lockedSteps[p] < count)
             for (size_t q = 0; q < (size_t) count; ++q)
                 if (g.locked[p][q])
-                    right[q] = left[q];
+                    rightValues[q] = leftValues[q];
     }
 
     const SourceMix m { g.values[0].data(), rights[0], g.values[2].data(), rights[1], g.gain1.data(), g.gain2.data(),

@@ -31,7 +31,7 @@ struct Browser
     void search (const juce::String& text)
     {
         impl().list.searchEditor.setText (text, true);
-        juce::MessageManager::getInstance()->runDispatchLoopUntil (20);
+        settle();
     }
 };
 }
@@ -73,7 +73,7 @@ TEST (BrowseView, OpensOnAllSortedAndFiltersBySearch)
     EXPECT_EQ (impl.detail.entry, nullptr);
     const auto name = b.processor.getPresetName();
     impl.detail.loadButton.triggerClick();
-    juce::MessageManager::getInstance()->runDispatchLoopUntil (20);
+    settle();
     EXPECT_EQ (b.editor->getActiveView(), (int) Editor::browserView) << "LOAD with no selection does nothing";
     EXPECT_EQ (b.processor.getPresetName(), name);
 
@@ -123,12 +123,12 @@ TEST (BrowseView, FavouritesAreKeptInTheSettingsFile)
     auto& impl = b.impl();
     const auto xml = impl.selectedEntry->xml;
     impl.detail.favouriteButton.triggerClick();
-    juce::MessageManager::getInstance()->runDispatchLoopUntil (20);
+    settle();
     EXPECT_TRUE (impl.detail.favouriteButton.getToggleState());
     EXPECT_TRUE (b.editor->getSettings()->getBoolValue ("fav_" + xml));
     juce::PropertiesFile reread (b.dir.getChildFile ("Morvane.settings"), {});
     EXPECT_TRUE (reread.getBoolValue ("fav_" + xml)) << "written at once";
     impl.detail.favouriteButton.triggerClick();
-    juce::MessageManager::getInstance()->runDispatchLoopUntil (20);
+    settle();
     EXPECT_FALSE (b.editor->getSettings()->getBoolValue ("fav_" + xml, true));
 }

@@ -5,11 +5,14 @@
 #include "engine/DriveShaper.h"
 #include "ui/theme/Tokens.h"
 #include "ui/widgets/AmpEnvelopePanel.h"
+#include "ui/widgets/DetuneBar.h"
 #include "ui/widgets/DriveCard.h"
 #include "ui/widgets/DriveThumbnail.h"
 #include "ui/widgets/LfoCard.h"
+#include "ui/widgets/OscCard.h"
 #include "ui/widgets/SourceChip.h"
 #include "ui/widgets/SourceUtilityStrip.h"
+#include "ui/widgets/VoiceFilterPanel.h"
 
 #include <gtest/gtest.h>
 
@@ -22,8 +25,25 @@ using namespace morvane::ui::widgets;
 
 namespace
 {
-float real (MorvaneAudioProcessor& p, const char* id) { return p.getParameterTree().getRawParameterValue (id)->load(); }
 juce::RangedAudioParameter* param (MorvaneAudioProcessor& p, const char* id) { return p.getParameterTree().getParameter (id); }
+
+// The canvas panels at their places on the grid, on one processor.
+struct Panels
+{
+    MorvaneAudioProcessor p;
+    juce::AudioProcessorValueTreeState& state = p.getParameterTree();
+    LfoCard lfo { state, p };
+    SourceUtilityStrip strip { p };
+    DriveCard drive { state, p };
+    AmpEnvelopePanel amp { state };
+    Panels()
+    {
+        lfo.setBounds (1080, 324, 204, 312);
+        strip.setBounds (1080, 0, 204, 312);
+        drive.setBounds (864, 324, 204, 312);
+        amp.setBounds (540, 324, 312, 312);
+    }
+};
 }
 
 TEST (SourceChip, ColoursIndicesAndTheFirstFourSlots)
@@ -46,15 +66,16 @@ TEST (SourceChip, ColoursIndicesAndTheFirstFourSlots)
     // Four free slots fill in order; a destination already routed is taken over in place.
     for (int dest : { 2, 17, 18, 1 })
         EXPECT_TRUE (assignFromChip (state, 5, dest));
-    EXPECT_EQ (juce::roundToInt (real (p, "mod3Dest")), 18);
-    EXPECT_NEAR (real (p, "mod3Amount"), 0.35f, 1e-4f);
+    EXPECT_EQ (juce::roundToInt (real (state, "mod3Dest")), 18);
+    EXPECT_NEAR (real (state, "mod3Amount"), 0.35f, 1e-4f);
     EXPECT_TRUE (assignFromChip (state, 1, 18));
-    EXPECT_EQ (juce::roundToInt (real (p, "mod3Source")), 1);
+    EXPECT_EQ (juce::roundToInt (real (state, "mod3Source")), 1);
     EXPECT_FALSE (assignFromChip (state, 5, 4)) << "slots 5 to 8 are not the chip's";
-    EXPECT_EQ (juce::roundToInt (real (p, "mod5Source")), 0);
+    EXPECT_EQ (juce::roundToInt (real (state, "mod5Source")), 0);
 }
 
-TEST (LfoCard, PreviewDragIsOneGestureOnRateAndDepth)
+// The gestures and the ends of this drag are rows of CanvasPanels.EachControlReachesItsEnds.
+TEST (LfoCard, PreviewDragMovesRateAcrossAndDepthUp)
 {
     MorvaneAudioProcessor p;
     LfoCard card (p.getParameterTree(), p);
@@ -63,18 +84,9 @@ TEST (LfoCard, PreviewDragIsOneGestureOnRateAndDepth)
     auto* rate = param (p, "lfo1Rate");
     auto* depth = param (p, "lfo1Depth");
     const float rate0 = rate->getValue(), depth0 = depth->getValue();
-    HostView r (rate), d (depth);
     drag (card.preview, { 80, 60 }, { { 100, 50 }, { 140, 40 } });
-    EXPECT_EQ (r.begins, 1); EXPECT_EQ (r.ends, 1); EXPECT_EQ (d.begins, 1); EXPECT_EQ (d.ends, 1);
     EXPECT_NEAR (rate->getValue(), rate0 + 60.0f / 240.0f, 1e-4f);
     EXPECT_NEAR (depth->getValue(), depth0 + 20.0f / 200.0f, 1e-4f);
-    // Far past the ends: held to the range.
-    drag (card.preview, { 80, 60 }, { { 2000, -2000 } });
-    EXPECT_EQ (rate->getValue(), 1.0f);
-    EXPECT_EQ (depth->getValue(), 1.0f);
-    drag (card.preview, { 80, 60 }, { { -2000, 2000 } });
-    EXPECT_EQ (rate->getValue(), 0.0f);
-    EXPECT_EQ (depth->getValue(), 0.0f);
 }
 
 TEST (LfoCard, SyncedRateReadsAsDivisionAndDrivesThePreview)
@@ -94,34 +106,33 @@ TEST (LfoCard, SyncedRateReadsAsDivisionAndDrivesThePreview)
     const std::pair<float, int> divisions[] = { { 0.0f, 0 }, { 0.05f, 0 }, { 0.06f, 1 }, { 0.5f, 5 }, { 1.5f, 9 }, { -1.0f, 0 } };
     for (auto [n, index] : divisions)
         EXPECT_EQ (lfoDivisionIndex (n), index) << n;
-    // Wave points at the shapes' corners.
-    EXPECT_NEAR (lfoPreviewValue (0, 0.25f), 1.0f, 1e-5f);
-    EXPECT_NEAR (lfoPreviewValue (1, 0.0f), 1.0f, 1e-5f);
-    EXPECT_NEAR (lfoPreviewValue (1, 0.5f), -1.0f, 1e-5f);
-    EXPECT_EQ (lfoPreviewValue (2, 0.49f), 1.0f);
-    EXPECT_EQ (lfoPreviewValue (2, 0.51f), -1.0f);
+    // Wave points at the shapes' corners; the square's are exact.
+    const std::tuple<int, float, float, float> corners[] = { { 0, 0.25f, 1.0f, 1e-5f }, { 1, 0.0f, 1.0f, 1e-5f }, { 1, 0.5f, -1.0f, 1e-5f },
+                                                             { 2, 0.49f, 1.0f, 0.0f }, { 2, 0.51f, -1.0f, 0.0f } };
+    for (auto [shape, phase, value, tolerance] : corners)
+        EXPECT_NEAR (lfoPreviewValue (shape, phase), value, tolerance) << shape << " " << phase;
     EXPECT_EQ (lfoPreviewValue (3, 2.1f), lfoPreviewValue (3, 2.9f));
 }
 
 TEST (SourceUtilityStrip, FoldedWaveChoiceWritesBothParameters)
 {
     MorvaneAudioProcessor p;
+    auto& s = p.getParameterTree();
     SourceUtilityStrip strip (p);
     strip.setBounds (1080, 0, 204, 312);
-    auto* mode = param (p, "subMode");
-    auto* wave = param (p, "subWave");
     test::setParameter (p, "subWave", 4.0f);
-    HostView m (mode), w (wave);
+    HostView m (param (p, "subMode")), w (param (p, "subWave"));
     strip.waveChoice.setSelectedId (1, juce::sendNotificationSync);
-    EXPECT_EQ (juce::roundToInt (real (p, "subMode")), 0);
-    EXPECT_EQ (juce::roundToInt (real (p, "subWave")), 4) << "sine leaves the wave";
+    EXPECT_EQ (juce::roundToInt (real (s, "subMode")), 0);
+    EXPECT_EQ (juce::roundToInt (real (s, "subWave")), 4) << "sine leaves the wave";
     EXPECT_EQ (w.changes, 0);
     strip.waveChoice.setSelectedId (2, juce::sendNotificationSync); // SAW
-    EXPECT_EQ (juce::roundToInt (real (p, "subMode")), 1);
-    EXPECT_EQ (juce::roundToInt (real (p, "subWave")), 0);
-    EXPECT_EQ (m.begins, 1); EXPECT_EQ (m.ends, 1); EXPECT_EQ (w.begins, 1); EXPECT_EQ (w.ends, 1);
+    EXPECT_EQ (juce::roundToInt (real (s, "subMode")), 1);
+    EXPECT_EQ (juce::roundToInt (real (s, "subWave")), 0);
+    EXPECT_EQ (m.gestures(), "1/1");
+    EXPECT_EQ (w.gestures(), "1/1");
     strip.waveChoice.setSelectedId (10, juce::sendNotificationSync); // PWM
-    EXPECT_EQ (juce::roundToInt (real (p, "subWave")), 8);
+    EXPECT_EQ (juce::roundToInt (real (s, "subWave")), 8);
     EXPECT_EQ (m.begins, 1) << "the mode was already right";
 
     // From a preset or the host: the drop-down follows without writing back.
@@ -148,18 +159,16 @@ TEST (SourceUtilityStrip, NoiseRouteSegmentsOnAFloat)
         EXPECT_TRUE (segments->getCell (on)->getToggleState()) << value;
         EXPECT_FALSE (segments->getCell (1 - on)->getToggleState()) << value;
     }
-    auto* route = param (p, "noiseRouting");
-    HostView host (route);
+    HostView host (param (p, "noiseRouting"));
     test::setParameter (p, "noiseRouting", 0.3f);
     settle();
-    segments->getCell (1)->triggerClick();
-    settle();
-    EXPECT_EQ (real (p, "noiseRouting"), 1.0f);
-    segments->getCell (0)->triggerClick();
-    settle();
-    EXPECT_EQ (real (p, "noiseRouting"), 0.0f);
-    EXPECT_EQ (host.begins, 2);
-    EXPECT_EQ (host.ends, 2);
+    for (int cell : { 1, 0 })
+    {
+        segments->getCell (cell)->triggerClick();
+        settle();
+        EXPECT_EQ (real (p.getParameterTree(), "noiseRouting"), (float) cell);
+    }
+    EXPECT_EQ (host.gestures(), "2/2");
 }
 
 TEST (SourceUtilityStrip, LevelsAtTheirFloorDimTheColumn)
@@ -178,8 +187,8 @@ TEST (SourceUtilityStrip, LevelsAtTheirFloorDimTheColumn)
     EXPECT_TRUE (strip.isSubMuted());
     EXPECT_FALSE (strip.isNoiseMuted());
     EXPECT_NEAR (strip.subLevelField.getAlpha(), 0.42f, 0.005f);
-    EXPECT_EQ (strip.subLevelKnob.formattedValue(), juce::String (juce::CharPointer_UTF8 ("\xe2\x88\x92\xe2\x88\x9e dB")));
-    EXPECT_EQ (strip.noiseLevelKnob.formattedValue(), juce::String (juce::CharPointer_UTF8 ("\xe2\x88\x92")) + "6.0 dB");
+    EXPECT_EQ (strip.subLevelKnob.formattedValue(), minusInfinityDb);
+    EXPECT_EQ (strip.noiseLevelKnob.formattedValue(), minus + "6.0 dB");
 }
 
 TEST (DriveThumbnail, CurveIsTheShapersAtSamplePoints)
@@ -208,11 +217,7 @@ TEST (DriveThumbnail, DrawsTheCurveInEmber)
     thumb.setBounds (0, 0, 172, 126);
     test::setParameter (p, "driveMode", 2.0f);
     test::setParameter (p, "drive", 9.0f);
-    juce::Image image (juce::Image::ARGB, 172, 126, true);
-    {
-        juce::Graphics g (image);
-        thumb.paintEntireComponent (g, false);
-    }
+    const auto image = render (thumb);
     const auto ember = ui::token (ui::Token::accentEmber);
     auto distance = [&ember] (juce::Colour c)
     { return std::abs (c.getRed() - ember.getRed()) + std::abs (c.getGreen() - ember.getGreen()) + std::abs (c.getBlue() - ember.getBlue()); };
@@ -232,20 +237,18 @@ TEST (DriveThumbnail, DrawsTheCurveInEmber)
     EXPECT_EQ (hits, 4);
 }
 
+// The drag's gesture and its clamp at the top are a row of CanvasPanels.EachControlReachesItsEnds.
 TEST (DriveThumbnail, VerticalDragAndTypedDecibels)
 {
     MorvaneAudioProcessor p;
-    DriveThumbnail thumb (p.getParameterTree());
+    auto& s = p.getParameterTree();
+    DriveThumbnail thumb (s);
     thumb.setBounds (0, 0, 172, 126);
     auto* drive = param (p, "drive");
     test::setParameter (p, "drive", 0.0f);
     HostView host (drive);
     drag (thumb, { 50, 100 }, { { 50, 90 }, { 50, 50 } });
-    EXPECT_EQ (host.begins, 1);
-    EXPECT_EQ (host.ends, 1);
     EXPECT_NEAR (drive->getValue(), 50.0f / 200.0f, 1e-5f);
-    drag (thumb, { 50, 100 }, { { 50, -500 } });
-    EXPECT_EQ (drive->getValue(), 1.0f);
 
     const std::pair<const char*, float> typed[] = { { "7.5", 7.5f }, { "99", 24.0f }, { "-3", 0.0f }, { "loud", 0.0f }, { "12", 12.0f } };
     for (auto [text, db] : typed)
@@ -255,7 +258,7 @@ TEST (DriveThumbnail, VerticalDragAndTypedDecibels)
         thumb.getValueEditor()->setText (text);
         thumb.commitValueEditor();
         EXPECT_EQ (thumb.getValueEditor(), nullptr);
-        EXPECT_NEAR (real (p, "drive"), db, 1e-4f) << text;
+        EXPECT_NEAR (real (s, "drive"), db, 1e-4f) << text;
     }
     const int before = host.changes;
     thumb.openValueEditor();
@@ -263,31 +266,38 @@ TEST (DriveThumbnail, VerticalDragAndTypedDecibels)
     thumb.cancelValueEditor();
     settle();
     EXPECT_EQ (host.changes, before);
-    EXPECT_NEAR (real (p, "drive"), 12.0f, 1e-4f);
+    EXPECT_NEAR (real (s, "drive"), 12.0f, 1e-4f);
 }
 
 TEST (CanvasPanels, FollowAPresetLoad)
 {
-    MorvaneAudioProcessor p;
-    LfoCard lfo (p.getParameterTree(), p);
-    SourceUtilityStrip strip (p);
-    juce::XmlElement xml ("PARAMS");
-    const std::pair<const char*, const char*> values[] = { { "lfo1Depth", "0.8" }, { "lfo1Shape", "2" }, { "subMode", "1" },
-                                                           { "subWave", "5" }, { "noiseLevel", "-12" }, { "noiseRouting", "1" } };
-    for (auto [id, value] : values)
-    {
-        auto* e = xml.createNewChildElement ("PARAM");
-        e->setAttribute ("id", id);
-        e->setAttribute ("value", value);
-    }
-    p.applyPresetXml (xml);
+    Panels f;
+    auto& [p, s, lfo, strip, drive, amp] = f;
+    OscCard card (p, 1);
+    VoiceFilterPanel filter (s, p);
+    DetuneBar bar (s);
+    p.applyPresetXml (presetXml ({ { "lfo1Depth", 0.8 }, { "lfo1Shape", 2 }, { "subMode", 1 }, { "subWave", 5 }, { "noiseLevel", -12 },
+                                   { "noiseRouting", 1 }, { "osc1Wave", 6 }, { "osc1DcwDepth", 0.25 }, { "osc1Level", -12 },
+                                   { "osc1Semitone", -7 }, { "filterCutoff", 440 }, { "filterModel", 3 }, { "filterEnabled", 0 },
+                                   { "oscDrift", 0.4 } }));
     settle();
+    filter.updatePhaserControls();
     EXPECT_NEAR (lfo.depthKnob.getValue(), 0.8, 1e-6);
     EXPECT_EQ (lfo.shapeChoice.getComboBox().getSelectedItemIndex(), 2);
     EXPECT_EQ (strip.waveChoice.getSelectedId(), 7);
     EXPECT_NEAR (strip.noiseLevelKnob.getValue(), -12.0, 1e-4);
     EXPECT_FALSE (strip.isNoiseMuted());
     EXPECT_TRUE (strip.noiseRouteSegments()->getCell (1)->getToggleState());
+    EXPECT_TRUE (card.getWaveCell (6).getToggleState());
+    EXPECT_FALSE (card.getWaveCell (0).getToggleState());
+    EXPECT_NEAR (card.getDcwKnob().getValue(), 0.25, 1e-4);
+    EXPECT_NEAR (card.getLevelKnob().getValue(), -12.0, 1e-4);
+    EXPECT_EQ (card.getSemitoneChip().getValue(), -7.0);
+    EXPECT_NEAR (filter.getCutoffKnob().getValue(), 440.0, 0.5);
+    EXPECT_FALSE (filter.getEnableButton().getToggleState());
+    EXPECT_FALSE (filter.isActive());
+    EXPECT_TRUE (filter.arePhaserControlsShown());
+    EXPECT_NEAR (bar.getDriftKnob().getValue(), 0.4, 1e-4);
 }
 
 TEST (SourceChip, ClickAndKeysOpenTheChoiceAndTheLookFollowsTheSource)
@@ -324,8 +334,7 @@ TEST (AmpEnvelopePanel, HandleDragIsOneGestureOnTheAmpEnvelope)
     const auto handle = row.handlePositions()[3].roundToInt();
     const float width = row.curveBox().getWidth();
     drag (row, handle, { handle.translated (-10, 0), handle.translated (-30, 0) });
-    EXPECT_EQ (host.begins, 1);
-    EXPECT_EQ (host.ends, 1);
+    EXPECT_EQ (host.gestures(), "1/1");
     EXPECT_NEAR (release->getValue(), juce::jlimit (0.0f, 1.0f, before - 30.0f / width), 1e-4f);
 }
 
@@ -352,16 +361,10 @@ TEST (DriveCard, SwitchDimsTheCardAndKnobsFollowTheHost)
 // gesture, and no other parameter moves.
 TEST (CanvasPanels, EachControlReachesItsEndsAndNothingElseMoves)
 {
-    MorvaneAudioProcessor p;
-    auto& state = p.getParameterTree();
-    LfoCard lfo (state, p);
-    SourceUtilityStrip strip (p);
-    DriveCard drive (state, p);
-    AmpEnvelopePanel amp (state);
-    lfo.setBounds (1080, 324, 204, 312);
-    strip.setBounds (1080, 0, 204, 312);
-    drive.setBounds (864, 324, 204, 312);
-    amp.setBounds (540, 324, 312, 312);
+    Panels f;
+    auto& [p, state, lfo, strip, drive, amp] = f;
+    OscCard osc (p, 1);
+    osc.setBounds (0, 0, 420, 312);
 
     struct Control
     {
@@ -383,6 +386,8 @@ TEST (CanvasPanels, EachControlReachesItsEndsAndNothingElseMoves)
         { ampKnobs.getKnob (1), { "ampDecay" }, { 0, -2000 }, { 0, 2000 } },
         { ampKnobs.getKnob (2), { "ampSustain" }, { 0, -2000 }, { 0, 2000 } },
         { ampKnobs.getKnob (3), { "ampRelease" }, { 0, -2000 }, { 0, 2000 } },
+        { osc.getDcwKnob(), { "osc1DcwDepth" }, { 0, -2000 }, { 0, 2000 } },
+        { osc.getMorphKnob(), { "pdMorphAmount" }, { 0, -2000 }, { 0, 2000 } },
     };
     for (const auto& c : controls)
     {
@@ -404,8 +409,7 @@ TEST (CanvasPanels, EachControlReachesItsEndsAndNothingElseMoves)
             for (auto& h : hosts)
             {
                 EXPECT_EQ (h->parameters.front()->getValue(), raise ? 1.0f : 0.0f) << name;
-                EXPECT_EQ (h->begins, 1) << name;
-                EXPECT_EQ (h->ends, 1) << name;
+                EXPECT_EQ (h->gestures(), "1/1") << name;
             }
             for (auto& [id, value] : before)
                 if (std::find_if (c.ids.begin(), c.ids.end(), [&id] (const char* x) { return id == x; }) == c.ids.end())
@@ -417,17 +421,12 @@ TEST (CanvasPanels, EachControlReachesItsEndsAndNothingElseMoves)
 // Hosts may automate from the audio thread: the panels' listeners only post, without allocating.
 TEST (CanvasPanels, ParameterChangesFromAnotherThreadAllocateNothing)
 {
-    MorvaneAudioProcessor p;
-    auto& state = p.getParameterTree();
-    LfoCard lfo (state, p);
-    SourceUtilityStrip strip (p);
-    DriveCard drive (state, p);
-    AmpEnvelopePanel amp (state);
+    Panels f;
     const char* const ids[] = { "drive", "driveMode", "subLevel", "noiseLevel", "subMode", "subWave", "noiseRouting",
                                 "noiseColour", "subRouting", "lfo1Rate", "lfo1Sync", "ampAttack", "driveMix", "feedbackAmount" };
     std::vector<juce::RangedAudioParameter*> parameters;
     for (auto* id : ids)
-        parameters.push_back (state.getParameter (id));
+        parameters.push_back (f.state.getParameter (id));
     long allocations = -1;
     std::thread audio ([&]
     {
@@ -440,6 +439,6 @@ TEST (CanvasPanels, ParameterChangesFromAnotherThreadAllocateNothing)
     audio.join();
     EXPECT_EQ (allocations, 0);
     settle();
-    EXPECT_EQ (strip.waveChoice.getSelectedId(), strip.waveIdFromParameters());
-    EXPECT_TRUE (strip.noiseRouteSegments()->getCell (0)->getToggleState()) << "0.25 reads as the first end";
+    EXPECT_EQ (f.strip.waveChoice.getSelectedId(), f.strip.waveIdFromParameters());
+    EXPECT_TRUE (f.strip.noiseRouteSegments()->getCell (0)->getToggleState()) << "0.25 reads as the first end";
 }

@@ -3,7 +3,9 @@
 #include <juce_audio_processors/juce_audio_processors.h>
 #include <juce_gui_basics/juce_gui_basics.h>
 
+#include <initializer_list>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace morvane::test
@@ -37,6 +39,40 @@ inline void drag (juce::Component& c, juce::Point<int> from, std::initializer_li
 // Lets timers and posted updates run, as the message loop would between two events.
 inline void settle (int milliseconds = 20) { juce::MessageManager::getInstance()->runDispatchLoopUntil (milliseconds); }
 
+// The typographic minus the value texts use, and the level text at the floor.
+inline const juce::String minus { juce::CharPointer_UTF8 ("\xe2\x88\x92") };
+inline const juce::String minusInfinityDb = minus + juce::String (juce::CharPointer_UTF8 ("\xe2\x88\x9e dB"));
+
+// A parameter in its own units: what the audio thread reads, and a write through the host path.
+inline float real (juce::AudioProcessorValueTreeState& s, const char* id) { return s.getRawParameterValue (id)->load(); }
+inline void setReal (juce::AudioProcessorValueTreeState& s, const char* id, float v)
+{
+    auto* p = s.getParameter (id);
+    p->setValueNotifyingHost (p->convertTo0to1 (v));
+}
+
+// A preset document as applyPresetXml takes it.
+inline juce::XmlElement presetXml (std::initializer_list<std::pair<const char*, juce::var>> values)
+{
+    juce::XmlElement xml ("PARAMS");
+    for (const auto& [id, value] : values)
+    {
+        auto* e = xml.createNewChildElement ("PARAM");
+        e->setAttribute ("id", id);
+        e->setAttribute ("value", value.toString());
+    }
+    return xml;
+}
+
+// c and its children painted into an image of c's size, as the screen would show them.
+inline juce::Image render (juce::Component& c)
+{
+    juce::Image image (juce::Image::ARGB, c.getWidth(), c.getHeight(), true);
+    juce::Graphics g (image);
+    c.paintEntireComponent (g, false);
+    return image;
+}
+
 // What a host sees of some parameters while this lives: gestures begun and ended, and changes.
 struct HostView : juce::AudioProcessorParameter::Listener
 {
@@ -56,6 +92,9 @@ struct HostView : juce::AudioProcessorParameter::Listener
 
     void parameterValueChanged (int, float) override { ++changes; }
     void parameterGestureChanged (int, bool starting) override { ++(starting ? begins : ends); }
+
+    // "begins/ends", so that a failure shows both counts.
+    juce::String gestures() const { return juce::String (begins) + "/" + juce::String (ends); }
 
     std::vector<juce::AudioProcessorParameter*> parameters;
     int begins = 0, ends = 0, changes = 0;

@@ -11,16 +11,12 @@ using namespace morvane;
 using namespace morvane::test;
 using namespace morvane::ui;
 
-namespace
-{
-}
-
 TEST (Header, ChipTextsAndFormats)
 {
     const std::pair<double, const char*> glide[] = { { 0.0004, "0 ms" }, { 0.04, "40 ms" }, { 0.9994, "999 ms" }, { 1.234, "1.23 s" } };
     for (auto [v, text] : glide)
         EXPECT_EQ (header::formatGlideChip (v), text) << v;
-    EXPECT_EQ (header::formatMasterChip (-59.6), juce::String (juce::CharPointer_UTF8 ("\xe2\x88\x92\xe2\x88\x9e dB")));
+    EXPECT_EQ (header::formatMasterChip (-59.6), minusInfinityDb);
     EXPECT_EQ (header::formatMasterChip (-59.4), "-59.4 dB");
     EXPECT_EQ (header::formatMasterChip (3.0), "3.0 dB");
 }
@@ -63,23 +59,19 @@ TEST (Header, TempoBoxCommitsClampedAndEscapeKeepsTheValue)
     box.bpm = 100.0;
     EXPECT_EQ (box.text(), "100");
 
+    // Past the top the tempo holds at 240; an entry dropped, or committed empty, keeps it.
     box.mouseDoubleClick (mouseAt (box, { 10, 10 }));
-    ASSERT_NE (box.getEditor(), nullptr);
-    box.getEditor()->setText ("300");
-    box.endEdit (true);
-    EXPECT_EQ (box.bpm, 240.0);
-    EXPECT_NEAR (tempo->load(), 240.0f, 0.01f);
-
-    box.beginEdit();
-    box.getEditor()->setText ("90");
+    const std::pair<const char*, bool> entries[] = { { "300", true }, { "90", false }, { "", true } };
+    for (auto [text, commit] : entries)
+    {
+        ASSERT_NE (box.getEditor(), nullptr) << text;
+        box.getEditor()->setText (text);
+        box.endEdit (commit);
+        EXPECT_EQ (box.bpm, 240.0) << text;
+        EXPECT_NEAR (tempo->load(), 240.0f, 0.01f) << text;
+        box.beginEdit();
+    }
     box.endEdit (false);
-    EXPECT_EQ (box.bpm, 240.0);
-    EXPECT_NEAR (tempo->load(), 240.0f, 0.01f);
-
-    box.beginEdit();
-    box.getEditor()->setText ("");
-    box.endEdit (true);
-    EXPECT_EQ (box.bpm, 240.0) << "an empty entry keeps the old value";
     settle();
 }
 
@@ -93,27 +85,24 @@ TEST (PresetNavStrip, RenameAndTheMenu)
     juce::String renamed;
     strip.onRename = [&] (juce::String s) { renamed = s; };
 
-    // A click on the empty stretch behind the counter opens the box too.
+    // Each way out of the box: a blank name fires nothing, escape drops the text, focus loss commits
+    // it trimmed. The first opens on the empty stretch behind the counter.
     const auto area = strip.nameArea();
-    strip.mouseDown (mouseAt (strip, { area.getRight() - 4, area.getCentreY() }));
-    ASSERT_NE (strip.getRenameEditor(), nullptr);
-    strip.getRenameEditor()->setText ("   ");
-    strip.getRenameEditor()->onReturnKey();
-    EXPECT_TRUE (renamed.isEmpty()) << "a blank name fires nothing";
-    EXPECT_EQ (strip.getNameText(), "reese classic");
-    EXPECT_EQ (strip.getRenameEditor(), nullptr);
-
-    strip.mouseDown (mouseAt (strip, area.getCentre()));
-    strip.getRenameEditor()->setText ("typed");
-    strip.getRenameEditor()->onEscapeKey();
-    EXPECT_EQ (strip.getNameText(), "reese classic");
-    EXPECT_TRUE (renamed.isEmpty());
-
-    strip.mouseDown (mouseAt (strip, area.getCentre()));
-    strip.getRenameEditor()->setText ("  Night Bus ");
-    strip.getRenameEditor()->onFocusLost();
-    EXPECT_EQ (renamed, "Night Bus");
-    EXPECT_EQ (strip.getNameText(), "Night Bus");
+    struct Entry { juce::Point<int> at; const char* text; std::function<void()> juce::TextEditor::*finish; const char* renamed; };
+    const Entry ways[] = { { { area.getRight() - 4, area.getCentreY() }, "   ", &juce::TextEditor::onReturnKey, "" },
+                           { area.getCentre(), "typed", &juce::TextEditor::onEscapeKey, "" },
+                           { area.getCentre(), "  Night Bus ", &juce::TextEditor::onFocusLost, "Night Bus" } };
+    for (const auto& e : ways)
+    {
+        strip.mouseDown (mouseAt (strip, e.at));
+        auto* editor = strip.getRenameEditor();
+        ASSERT_NE (editor, nullptr) << e.text;
+        editor->setText (e.text);
+        (editor->*e.finish)();
+        EXPECT_EQ (renamed, e.renamed) << e.text;
+        EXPECT_EQ (strip.getNameText(), *e.renamed != 0 ? e.renamed : "reese classic") << e.text;
+        EXPECT_EQ (strip.getRenameEditor(), nullptr) << e.text;
+    }
 
     // Presses outside the name area (the arrows, BROWSE) open nothing.
     strip.mouseDown (mouseAt (strip, { 10, 40 }, juce::ModifierKeys::rightButtonModifier));

@@ -71,23 +71,6 @@ TEST (MidiLearn, SkewedAndChoiceParametersFollowTheirRanges)
     EXPECT_FLOAT_EQ (r.raw ("filterModel"), 1.0f);
 }
 
-TEST (MidiLearn, TheHostIsToldExactlyTheValueTheSoundUses)
-{
-    // A host hands a reported value straight back as a parameter change; it must not move the sound.
-    Rig r;
-    r.p.startMidiLearn ("filterCutoff");
-    int moved = 0;
-    for (int v = 0; v < 128; ++v)
-    {
-        r.cc (20, v);
-        const float sounding = r.raw ("filterCutoff");
-        r.p.flushLearntControllers();
-        moved += r.raw ("filterCutoff") != sounding ? 1 : 0;
-        EXPECT_EQ (r.raw ("filterCutoff"), sounding) << "controller value " << v;
-    }
-    EXPECT_EQ (moved, 0);
-}
-
 TEST (MidiLearn, RebindingAndSharingAParameter)
 {
     Rig r;
@@ -158,9 +141,12 @@ TEST (MidiLearn, EveryControllerValueLeavesThePatchCleanOnSkewedLinearAndChoiceP
         for (int value = 0; value < 128; ++value)
         {
             r.cc (20, value);
+            const float sounding = r.raw (id.toRawUTF8());
             r.p.flushLearntControllers();
             const float raw = r.raw (id.toRawUTF8());
             const float asked = parameter->convertFrom0to1 (value / 127.0f);
+            // A host hands a reported value straight back as a parameter change; it must not move the sound.
+            ASSERT_EQ (raw, sounding) << id << " at " << value;
             ASSERT_FALSE (r.p.isPresetDirty()) << id << " at " << value;
             ASSERT_EQ (r.host (id.toRawUTF8()), raw) << id << " at " << value;
             ASSERT_NEAR (raw, asked, std::abs (asked) * 1.0e-5f + 1.0e-6f) << id << " at " << value;

@@ -48,15 +48,15 @@ std::vector<juce::uint32> parseColours (const juce::String& text)
     return out;
 }
 
-struct DarkAfter
+// Every test leaves the dark theme applied and published for the rest of the suite.
+struct Themes : ::testing::Test
 {
-    ~DarkAfter() { applyThemeEntry (darkTheme()); publishWidgetTheme(); }
+    void TearDown() override { applyThemeEntry (darkTheme()); publishWidgetTheme(); }
 };
 }
 
-TEST (Themes, EveryBuiltInThemeMatchesTheTableInOrder)
+TEST_F (Themes, EveryBuiltInThemeMatchesTheTableInOrder)
 {
-    DarkAfter restore;
     ASSERT_EQ (std::size (written), builtInThemes().size());
     for (size_t t = 0; t < std::size (written); ++t)
     {
@@ -71,9 +71,8 @@ TEST (Themes, EveryBuiltInThemeMatchesTheTableInOrder)
     }
 }
 
-TEST (Themes, IdsAreExactUntitledIsVelvetReactorAndUnknownChangesNothing)
+TEST_F (Themes, IdsAreExactUntitledIsVelvetReactorAndUnknownChangesNothing)
 {
-    DarkAfter restore;
     ASSERT_TRUE (applyThemeById ("untitled"));
     EXPECT_EQ (token (Token::bgGround), juce::Colour (0xff130018));
     EXPECT_FALSE (applyThemeById ("Dark"));
@@ -81,9 +80,8 @@ TEST (Themes, IdsAreExactUntitledIsVelvetReactorAndUnknownChangesNothing)
     EXPECT_EQ (token (Token::bgGround), juce::Colour (0xff130018));
 }
 
-TEST (Themes, JsonImportEdgeCases)
+TEST_F (Themes, JsonImportEdgeCases)
 {
-    DarkAfter restore;
     juce::String error;
     applyThemeById ("halogenMint");
     EXPECT_FALSE (applyThemeJson (juce::JSON::parse ("[1, 2]"), &error));
@@ -112,9 +110,8 @@ TEST (Themes, JsonImportEdgeCases)
     }
 }
 
-TEST (Themes, TemplateIsACompleteFileOfDark)
+TEST_F (Themes, TemplateIsACompleteFileOfDark)
 {
-    DarkAfter restore;
     const auto text = customThemeTemplate();
     const auto lines = juce::StringArray::fromLines (text.trimEnd());
     ASSERT_EQ (lines.size(), 10);
@@ -130,9 +127,8 @@ TEST (Themes, TemplateIsACompleteFileOfDark)
         EXPECT_EQ (token (i).getARGB(), 0xff000000u | darkTheme().colours[(size_t) i]) << tokenDottedName (i);
 }
 
-TEST (Themes, TokenLookupsByName)
+TEST_F (Themes, TokenLookupsByName)
 {
-    DarkAfter restore;
     applyThemeEntry (darkTheme());
     EXPECT_EQ (tokenByName ("accent.modRing", juce::Colours::red), juce::Colour (0xff55b9ff));
     EXPECT_EQ (tokenByName ("transparent", juce::Colours::red), juce::Colours::transparentBlack);
@@ -151,9 +147,8 @@ TEST (Themes, TokenLookupsByName)
     EXPECT_EQ (label.getProperties()[themeProperty::label].toString(), "text.tertiary") << "no token: unchanged";
 }
 
-TEST (Themes, PublishedWidgetPaletteFollowsTheTokens)
+TEST_F (Themes, PublishedWidgetPaletteFollowsTheTokens)
 {
-    DarkAfter restore;
     applyThemeById ("ochreEraDay");
     publishWidgetTheme();
     const auto& theme = ostrel::widgets::WidgetTheme::current();
@@ -167,9 +162,8 @@ TEST (Themes, PublishedWidgetPaletteFollowsTheTokens)
     EXPECT_EQ (theme.colour (99), ostrel::widgets::WidgetTheme::defaultColour (99));
 }
 
-TEST (Themes, RecolourWalksLabelsAndEditors)
+TEST_F (Themes, RecolourWalksLabelsAndEditors)
 {
-    DarkAfter restore;
     applyThemeById ("saveIconSticker");
     juce::Component root, inner;
     juce::Label upper ({}, "LFO"), mixed ({}, "Lfo"), tagged ({}, "x"), hidden ({}, "  RATE ");

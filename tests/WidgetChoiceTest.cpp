@@ -51,10 +51,7 @@ TEST(WidgetSegmentedControl, ClicksWriteOnceAndCellsFollowTheParameter)
     EXPECT_EQ(control.getWidth(), control.getTotalWidth());
     EXPECT_EQ(control.getCell(5), nullptr);
 
-    const auto clickCell = [&](int i) {
-        control.getCell(i)->triggerClick();
-        juce::MessageManager::getInstance()->runDispatchLoopUntil(30);
-    };
+    const auto clickCell = [&](int i) { control.getCell(i)->triggerClick(); pump(30); };
     clickCell(2);
     EXPECT_EQ(host.mode().getIndex(), 2);
     EXPECT_TRUE(control.getCell(2)->getToggleState());
@@ -64,7 +61,7 @@ TEST(WidgetSegmentedControl, ClicksWriteOnceAndCellsFollowTheParameter)
     EXPECT_TRUE(control.getCell(2)->getToggleState());
 
     host.mode().setValueNotifyingHost(host.mode().convertTo0to1(1.0f));
-    juce::MessageManager::getInstance()->runDispatchLoopUntil(30);
+    pump(30);
     EXPECT_TRUE(control.getCell(1)->getToggleState());
     EXPECT_FALSE(control.getCell(2)->getToggleState());
     EXPECT_EQ(changes.size(), 1u) << "following the parameter calls nothing";

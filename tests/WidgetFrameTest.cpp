@@ -9,8 +9,7 @@ TEST(WidgetSectionFrame, FillFollowsThePaletteAndContentThePadding)
     frame.setSize(200, 100);
     bool self = true, children = false;
     frame.getInterceptsMouseClicks(self, children);
-    EXPECT_FALSE(self);
-    EXPECT_TRUE(children);
+    EXPECT_EQ(std::make_pair(self, children), std::make_pair(false, true));
 
     EXPECT_TRUE(near(render(frame).getPixelAt(100, 50), paletteColour(surfaceRaised), 1));
     frame.setFillIndex(surfaceBase);
@@ -85,7 +84,6 @@ TEST(WidgetSectionHeader, ActionRunsByMouseAndKeys)
     EXPECT_EQ(actions, 2);
     mouse.exit({ 0, 0 });
     EXPECT_FALSE(header.isActionHovered());
-    EXPECT_EQ(header.createAccessibilityHandler()->getRole(), juce::AccessibilityRole::button);
 
     header.setSize(60, 44);
     header.setActionText("A very long action");
@@ -104,8 +102,6 @@ TEST(WidgetTab, TogglesOnClick)
     EXPECT_TRUE(tab.getClickingTogglesState());
     EXPECT_TRUE(tab.getWantsKeyboardFocus());
     tab.triggerClick();
-    juce::MessageManager::getInstance()->runDispatchLoopUntil(20);
+    pump(20);
     EXPECT_TRUE(tab.getToggleState());
-    tab.setVariant(1);
-    EXPECT_EQ(tab.getVariant(), 1);
 }

@@ -38,8 +38,7 @@ TEST_F(KeyboardFixture, KeyGeometryAndHits)
         EXPECT_EQ(keys.noteAt(r.x, r.y), r.note) << r.x << "," << r.y;
 
     keys.setKeyRange(200, 0);
-    EXPECT_EQ(keys.getFirstNote(), 127);
-    EXPECT_EQ(keys.getNoteCount(), 1);
+    EXPECT_EQ(std::make_pair(keys.getFirstNote(), keys.getNoteCount()), std::make_pair(127, 1));
     keys.setKeyRange(120, 24);
     EXPECT_EQ(keys.getNoteCount(), 8);
 }
@@ -112,20 +111,17 @@ TEST(WidgetPerformanceControls, WheelSpringsBackAndSliderStays)
     w.up({ 22, 20 });
     EXPECT_FLOAT_EQ(wheel.getValue(), 0.0f) << "spring return";
     EXPECT_FLOAT_EQ(wheelValues.back(), 0.0f);
-    EXPECT_EQ(starts, 1);
-    EXPECT_EQ(ends, 1);
+    EXPECT_EQ(std::make_pair(starts, ends), std::make_pair(1, 1));
     EXPECT_FALSE(wheel.isActive());
 
     wheel.setReturnOnRelease(false);
-    w.down({ 22, 20 });
-    w.up({ 22, 20 });
+    w.click({ 22, 20 });
     EXPECT_NEAR(wheel.getValue(), 1.0f - 40.0f / 95.0f, 1e-6);
     w.doubleClick({ 22, 20 });
     EXPECT_FLOAT_EQ(wheel.getValue(), 0.0f) << "the double click recentres, whatever the press did";
 
     Mouse s { slider };
-    s.down({ 22, 19 });
-    s.up({ 22, 19 });
+    s.click({ 22, 19 });
     EXPECT_NEAR(slider.getValue(), 0.8f, 1e-6);
     EXPECT_TRUE(slider.keyPressed(juce::KeyPress(juce::KeyPress::upKey)));
     EXPECT_NEAR(slider.getValue(), 0.85f, 1e-6);
@@ -142,6 +138,5 @@ TEST(WidgetPerformanceControls, WheelSpringsBackAndSliderStays)
     p.up({ 48, -20 });
     EXPECT_EQ(pressure, std::vector<float>({ 0.5f, 1.0f, 0.0f })) << "the first press at the bottom is no change";
     EXPECT_EQ(pad.getWidth(), 96);
-    EXPECT_EQ(pad.getTitle(), "Pressure pad");
     EXPECT_EQ(pad.createAccessibilityHandler()->getValueInterface()->getCurrentValue(), 0.0);
 }

@@ -46,7 +46,7 @@ TEST_F(GridFixture, PlaceMoveDeleteAndRest)
     mouse.click(cell(0, 5)); // pressing a placed step at another row moves it
     EXPECT_EQ(grid.getStep(0).note, noteOfRow(5));
 
-    mouse.click(cell(0, 5), left.withFlags(juce::ModifierKeys::altModifier));
+    mouse.click(cell(0, 5), left.withFlags(alt.getRawFlags()));
     EXPECT_EQ(grid.getStep(0).note, -1);
 
     mouse.click(cell(3, 2));
@@ -93,9 +93,9 @@ TEST_F(GridFixture, ShiftTiesAndTheWritePathClamps)
 {
     mouse.click(cell(0, 4));
     mouse.click(cell(1, 4));
-    mouse.click(cell(1, 4), left.withFlags(juce::ModifierKeys::shiftModifier));
+    mouse.click(cell(1, 4), left.withFlags(shift.getRawFlags()));
     EXPECT_TRUE(grid.getStep(1).tied);
-    mouse.click(cell(2, 0), left.withFlags(juce::ModifierKeys::shiftModifier));
+    mouse.click(cell(2, 0), left.withFlags(shift.getRawFlags()));
     EXPECT_EQ(grid.getStep(2).note, noteOfRow(0)) << "Shift on a rest draws";
 
     grid.setStep(5, { 100, false, false, -1.0f });
@@ -125,8 +125,8 @@ TEST_F(GridFixture, StepAndRowLimits)
     for (const auto& r : ranges)
     {
         grid.setNoteRange(r.lowest, r.rows);
-        EXPECT_EQ(grid.getLowestNote(), r.expectLowest);
-        EXPECT_EQ(grid.getRowCount(), r.expectRows);
+        EXPECT_EQ(std::make_pair(grid.getLowestNote(), grid.getRowCount()), std::make_pair(r.expectLowest, r.expectRows))
+            << r.lowest << "," << r.rows;
     }
 
     grid.setPlayheadStep(40);
@@ -141,8 +141,7 @@ TEST_F(GridFixture, StepAndRowLimits)
 TEST_F(GridFixture, HoverAndClear)
 {
     mouse.move(cell(5, 2));
-    EXPECT_EQ(grid.getHoverStep(), 5);
-    EXPECT_EQ(grid.getHoverRow(), 2);
+    EXPECT_EQ(std::make_pair(grid.getHoverStep(), grid.getHoverRow()), std::make_pair(5, 2));
     mouse.exit(cell(5, 2));
     EXPECT_EQ(grid.getHoverStep(), -1);
 

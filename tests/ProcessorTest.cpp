@@ -268,7 +268,7 @@ TEST (Processor, PeakRisesAtOnceAndFallsAt24DbPerSecond)
 
 TEST (Processor, MonoBusKeepsLevelThroughTheSumFactor)
 {
-    auto stereo = makePrepared(), mono = makeMonoPrepared();
+    auto stereo = makePrepared(), mono = makePrepared (48000.0, 512, true);
     ASSERT_EQ (mono->getTotalNumOutputChannels(), 1);
     const auto s = renderNote (*stereo, 57, 9600), m = renderNote (*mono, 57, 9600);
     for (int i = 0; i < 9600; ++i)

@@ -77,9 +77,15 @@ inline juce::AudioBuffer<float> renderProcessor (MorvaneAudioProcessor& processo
     return out;
 }
 
-inline std::unique_ptr<MorvaneAudioProcessor> makePrepared (double rate = 48000.0, int block = 512)
+inline std::unique_ptr<MorvaneAudioProcessor> makePrepared (double rate = 48000.0, int block = 512, bool mono = false)
 {
     auto p = std::make_unique<MorvaneAudioProcessor>();
+    if (mono)
+    {
+        juce::AudioProcessor::BusesLayout layout;
+        layout.outputBuses.add (juce::AudioChannelSet::mono());
+        EXPECT_TRUE (p->setBusesLayout (layout));
+    }
     p->setRateAndBufferSizeDetails (rate, block);
     p->prepareToPlay (rate, block);
     return p;
@@ -89,17 +95,6 @@ inline std::unique_ptr<MorvaneAudioProcessor> makePatched (Settings settings, do
 {
     auto p = makePrepared (rate, block);
     setParameters (*p, settings);
-    return p;
-}
-
-inline std::unique_ptr<MorvaneAudioProcessor> makeMonoPrepared (double rate = 48000.0, int block = 512)
-{
-    auto p = std::make_unique<MorvaneAudioProcessor>();
-    juce::AudioProcessor::BusesLayout layout;
-    layout.outputBuses.add (juce::AudioChannelSet::mono());
-    EXPECT_TRUE (p->setBusesLayout (layout));
-    p->setRateAndBufferSizeDetails (rate, block);
-    p->prepareToPlay (rate, block);
     return p;
 }
 

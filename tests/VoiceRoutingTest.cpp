@@ -18,12 +18,12 @@ juce::AudioBuffer<float> holdNote (Settings settings, int note = 45, int length 
     return renderNote (*sineVoice (settings), note, length);
 }
 
-double tailRms (const juce::AudioBuffer<float>& b)
+// Level after the first 200 ms.
+double level (Settings settings)
 {
+    const auto b = holdNote (settings);
     return rms (b.getReadPointer (0) + 9600, b.getNumSamples() - 9600);
 }
-
-double level (Settings settings) { return tailRms (holdNote (settings)); }
 
 double harmonic (const juce::AudioBuffer<float>& b, double f)
 {

@@ -37,43 +37,31 @@ double renderedFrequency (MorvaneAudioProcessor& p, int note, double rate = 4800
 }
 }
 
-TEST (Engine, NoteSixtyNineSoundsAt440Hz)
+TEST (Engine, PitchFollowsNoteRateTuneBendAndOctave)
 {
-    for (double rate : { 44100.0, 48000.0, 96000.0 })
+    struct Row { const char* what; double rate; Settings settings; float bend; int note; double hz, tolerance; };
+    const Row rows[] = {
+        { "A4 at 44.1 kHz", 44100.0, {}, 0.0f, 69, 440.0, 0.05 },
+        { "A4 at 48 kHz", 48000.0, {}, 0.0f, 69, 440.0, 0.05 },
+        { "A4 at 96 kHz", 96000.0, {}, 0.0f, 69, 440.0, 0.05 },
+        { "A2", 48000.0, {}, 0.0f, 45, 110.0, 0.02 },
+        { "tuned", 48000.0, { { "osc1Semitone", 7.0f }, { "osc1Fine", 50.0f } }, 0.0f, 57, 220.0 * std::pow (2.0, 7.5 / 12.0), 0.05 },
+        { "octave -1", 48000.0, { { "octave", 1.0f } }, 0.0f, 69, 220.0, 0.05 },
+        { "full bend", 48000.0, {}, 1.0f, 69, 440.0 * std::pow (2.0, 1.99976 / 12.0), 0.1 },
+    };
+    for (const auto& row : rows)
     {
-        auto p = makePrepared (rate, 512);
-        EXPECT_NEAR (renderedFrequency (*p, 69, rate), 440.0, 0.05) << rate;
-    }
-}
-
-TEST (Engine, PitchFollowsNoteTuneBendAndOctave)
-{
-    {
-        auto p = makePrepared();
-        EXPECT_NEAR (renderedFrequency (*p, 45), 110.0, 0.02);
-    }
-    {
-        auto p = makePrepared();
-        setParameter (*p, "osc1Semitone", 7.0f);
-        setParameter (*p, "osc1Fine", 50.0f);
-        EXPECT_NEAR (renderedFrequency (*p, 57), 220.0 * std::pow (2.0, 7.5 / 12.0), 0.05);
-    }
-    {
-        auto p = makePrepared();
-        setParameter (*p, "octave", 1.0f); // "-1"
-        EXPECT_NEAR (renderedFrequency (*p, 69), 220.0, 0.05);
-    }
-    {
-        auto p = makePrepared();
-        p->pushPitchBend (1.0f);
-        EXPECT_NEAR (renderedFrequency (*p, 69), 440.0 * std::pow (2.0, 1.99976 / 12.0), 0.1);
+        auto p = makePatched (row.settings, row.rate);
+        if (row.bend != 0.0f)
+            p->pushPitchBend (row.bend);
+        EXPECT_NEAR (renderedFrequency (*p, row.note, row.rate), row.hz, row.tolerance) << row.what;
     }
 }
 
 TEST (Engine, DefaultPatchLevelIsTheOutputGain)
 {
     auto p = makePrepared();
-    const auto out = renderProcessor (*p, 48000, 512, { { 0, 69, 1.0f } });
+    const auto out = renderNote (*p, 69, 48000);
     // A DCW-0 saw is a cosine of the saw's loudness, at the default output of -6 dB, on both sides.
     for (int ch = 0; ch < 2; ++ch)
     {
@@ -90,12 +78,9 @@ TEST (Engine, OutputDoesNotDependOnTheBlockSize)
 
     auto renderWith = [&] (int block)
     {
-        auto p = makePrepared (48000.0, block);
-        setParameter (*p, "osc1Wave", 5.0f);
-        setParameter (*p, "osc1DcwDepth", 0.8f);
-        setParameter (*p, "osc2Level", 0.0f);
-        setParameter (*p, "osc2Wave", 8.0f);
-        setParameter (*p, "glideTime", 0.05f);
+        auto p = makePatched ({ { "osc1Wave", 5.0f }, { "osc1DcwDepth", 0.8f }, { "osc2Level", 0.0f }, { "osc2Wave", 8.0f },
+                                { "glideTime", 0.05f } },
+                              48000.0, block);
         return renderProcessor (*p, 40000, block, events);
     };
 
@@ -220,30 +205,26 @@ TEST (Engine, ReleaseEndsTheVoice)
     EXPECT_EQ (peak (rig.buffer.getReadPointer (0), 512), 0.0f);
 }
 
-TEST (Engine, TwoOscillatorsMixAtTheirLevels)
+TEST (Engine, TwoOscillatorsMixOrRingAtTheirLevels)
 {
-    auto p = makePrepared();
-    setParameter (*p, "osc2Level", 0.0f);
-    setParameter (*p, "osc2Semitone", 12.0f);
-    const auto out = renderProcessor (*p, 48000, 512, { { 0, 57, 1.0f } });
-    const float* x = out.getReadPointer (0) + 4800;
-    // 220 Hz from osc 1 and 440 Hz from osc 2, each a cosine of amplitude 0.5.
-    EXPECT_NEAR (toneMagnitude (x, 38400, 220.0, 48000.0), 0.5, 0.01);
-    EXPECT_NEAR (toneMagnitude (x, 38400, 440.0, 48000.0), 0.5, 0.01);
-}
-
-TEST (Engine, RingModeMultipliesTheOscillators)
-{
-    auto p = makePrepared();
-    setParameter (*p, "mode", 1.0f);
-    setParameter (*p, "osc2Level", 0.0f);
-    setParameter (*p, "osc2Semitone", 12.0f);
-    const auto out = renderProcessor (*p, 48000, 512, { { 0, 57, 1.0f } });
-    const float* x = out.getReadPointer (0) + 4800;
+    // Mixed: 220 Hz from osc 1 and 440 Hz from osc 2, each a cosine of amplitude 0.5. Ring:
     // cos(a) cos(2a) = (cos(a) + cos(3a)) / 2, at the output gain of 0.5.
-    EXPECT_NEAR (toneMagnitude (x, 38400, 220.0, 48000.0), 0.25, 0.01);
-    EXPECT_NEAR (toneMagnitude (x, 38400, 660.0, 48000.0), 0.25, 0.01);
-    EXPECT_LT (toneMagnitude (x, 38400, 440.0, 48000.0), 0.01);
+    for (bool ring : { false, true })
+    {
+        auto p = makePatched ({ { "mode", ring ? 1.0f : 0.0f }, { "osc2Level", 0.0f }, { "osc2Semitone", 12.0f } });
+        const auto out = renderNote (*p, 57, 48000);
+        const auto at = [x = out.getReadPointer (0) + 4800] (double hz) { return toneMagnitude (x, 38400, hz, 48000.0); };
+        EXPECT_NEAR (at (220.0), ring ? 0.25 : 0.5, 0.01) << ring;
+        if (ring)
+        {
+            EXPECT_NEAR (at (660.0), 0.25, 0.01);
+            EXPECT_LT (at (440.0), 0.01);
+        }
+        else
+        {
+            EXPECT_NEAR (at (440.0), 0.5, 0.01);
+        }
+    }
 }
 
 namespace
@@ -260,11 +241,7 @@ std::vector<float> windowPeaks (const juce::AudioBuffer<float>& b, int window)
 
 TEST (Engine, AmpEnvelopeSegmentTimesOnRenderedOutput)
 {
-    auto p = makePrepared();
-    setParameter (*p, "ampAttack", 0.1f);
-    setParameter (*p, "ampDecay", 0.2f);
-    setParameter (*p, "ampSustain", 0.5f);
-    setParameter (*p, "ampRelease", 0.3f);
+    auto p = makePatched ({ { "ampAttack", 0.1f }, { "ampDecay", 0.2f }, { "ampSustain", 0.5f }, { "ampRelease", 0.3f } });
     // Held for 0.5 s, then released.
     const auto out = renderProcessor (*p, 48000, 480, { { 0, 69, 1.0f }, { 24000, 69, 0.0f } });
     const auto env = windowPeaks (out, 48); // 1 ms windows, 440 Hz has a peak in each half-cycle
@@ -284,12 +261,9 @@ TEST (Engine, FilterShapesTheToneAndPassesFullLevelWhenDisabled)
 {
     auto brightness = [] (bool enabled, float cutoff)
     {
-        auto p = makePrepared();
-        setParameter (*p, "osc1DcwDepth", 1.0f);
-        setParameter (*p, "osc1DcwSustain", 1.0f);
-        setParameter (*p, "filterEnabled", enabled ? 1.0f : 0.0f);
-        setParameter (*p, "filterCutoff", cutoff);
-        const auto out = renderProcessor (*p, 24000, 512, { { 0, 45, 1.0f } });
+        auto p = makePatched ({ { "osc1DcwDepth", 1.0f }, { "osc1DcwSustain", 1.0f }, { "filterEnabled", enabled ? 1.0f : 0.0f },
+                                { "filterCutoff", cutoff } });
+        const auto out = renderNote (*p, 45, 24000);
         const float* x = out.getReadPointer (0) + 4800;
         return std::pair { toneMagnitude (x, 19200, 110.0, 48000.0), toneMagnitude (x, 19200, 1760.0, 48000.0) };
     };
@@ -308,15 +282,10 @@ TEST (Engine, FilterEnvelopeOpensTheCutoffScaledByVelocity)
 {
     auto upper = [] (float velocity, float velToFilter)
     {
-        auto p = makePrepared();
-        setParameter (*p, "osc1DcwDepth", 1.0f);
-        setParameter (*p, "osc1DcwSustain", 1.0f);
-        setParameter (*p, "filterCutoff", 100.0f);
-        setParameter (*p, "filterEnvAmount", 48.0f);
-        setParameter (*p, "filterSustain", 1.0f);
-        setParameter (*p, "velToFilterEnv", velToFilter);
-        setParameter (*p, "mod1Amount", 0.0f); // keep velocity off the amp
-        const auto out = renderProcessor (*p, 24000, 512, { { 0, 45, velocity } });
+        auto p = makePatched ({ { "osc1DcwDepth", 1.0f }, { "osc1DcwSustain", 1.0f }, { "filterCutoff", 100.0f }, { "filterEnvAmount", 48.0f },
+                                { "filterSustain", 1.0f }, { "velToFilterEnv", velToFilter },
+                                { "mod1Amount", 0.0f } }); // keep velocity off the amp
+        const auto out = renderNote (*p, 45, 24000, velocity);
         return toneMagnitude (out.getReadPointer (0) + 4800, 19200, 880.0, 48000.0);
     };
 

@@ -5,7 +5,9 @@
 #include "audio/PlateReverb.h"
 #include "audio/StereoDelay.h"
 
+#include <numeric>
 #include <random>
+#include <tuple>
 
 using namespace morvane;
 using namespace morvane::test;
@@ -14,14 +16,21 @@ namespace
 {
 constexpr double rate = 48000.0;
 
+template <typename Stage>
+Stage wet()
+{
+    Stage s;
+    s.prepare (rate);
+    s.enabled = true;
+    s.mix = 1.0f;
+    return s;
+}
+
 StereoDelay makeDelay (float ms, float feedback, bool pingPong)
 {
-    StereoDelay d;
-    d.prepare (rate);
+    auto d = wet<StereoDelay>();
     d.setDelayTimeMs (ms);
     d.prepare (rate); // takes the target at once
-    d.enabled = true;
-    d.mix = 1.0f;
     d.feedback = feedback;
     d.pingPong = pingPong;
     return d;
@@ -57,17 +66,11 @@ TEST (MasterEffects, EveryStageIsTransparentAndStandsStillWhenOffOrAtMixZero)
     std::uniform_real_distribution<float> dist (-1.0f, 1.0f);
 
     StereoDelay delay = makeDelay (100.0f, 0.5f, false);
-    PlateReverb reverb;
-    reverb.prepare (rate);
-    reverb.enabled = true;
-    BitCrusher crusher;
-    crusher.prepare (rate);
-    crusher.enabled = true;
+    auto reverb = wet<PlateReverb>();
+    auto crusher = wet<BitCrusher>();
     crusher.jitter = 1.0f;
     crusher.dither = true;
-    ModFx fx;
-    fx.prepare (rate);
-    fx.enabled = true;
+    auto fx = wet<ModFx>();
 
     for (int i = 0; i < 2000; ++i) // leave some state to stand still
     {
@@ -78,17 +81,16 @@ TEST (MasterEffects, EveryStageIsTransparentAndStandsStillWhenOffOrAtMixZero)
         fx.process (l);
     }
 
+    const auto state = [&]
+    {
+        return std::tuple (delay.writeIndex, delay.currentLeft, reverb.predelayWrite, reverb.lfoPhase, crusher.clockPhase,
+                           crusher.randomState, fx.lfoPhase);
+    };
     for (bool off : { true, false })
     {
         delay.enabled = reverb.enabled = crusher.enabled = fx.enabled = ! off;
         delay.mix = reverb.mix = crusher.mix = fx.mix = off ? 0.5f : 0.0f;
-        const auto delayIndex = delay.writeIndex;
-        const auto delayTime = delay.currentLeft;
-        const auto reverbIndex = reverb.predelayWrite;
-        const auto reverbPhase = reverb.lfoPhase;
-        const auto clock = crusher.clockPhase;
-        const auto randomState = crusher.randomState;
-        const auto fxPhase = fx.lfoPhase;
+        const auto before = state();
         for (int i = 0; i < 500; ++i)
         {
             const float a = dist (rng), b = dist (rng);
@@ -106,13 +108,7 @@ TEST (MasterEffects, EveryStageIsTransparentAndStandsStillWhenOffOrAtMixZero)
                 ASSERT_EQ (r, b);
             }
         }
-        EXPECT_EQ (delay.writeIndex, delayIndex);
-        EXPECT_EQ (delay.currentLeft, delayTime);
-        EXPECT_EQ (reverb.predelayWrite, reverbIndex);
-        EXPECT_EQ (reverb.lfoPhase, reverbPhase);
-        EXPECT_EQ (crusher.clockPhase, clock);
-        EXPECT_EQ (crusher.randomState, randomState);
-        EXPECT_EQ (fx.lfoPhase, fxPhase);
+        EXPECT_EQ (state(), before) << (off ? "off" : "mix 0");
     }
 }
 
@@ -174,10 +170,7 @@ TEST (BitCrusher, StepSizesClampAndDeterminism)
 {
     for (auto [bits, q] : { std::pair { 4.0f, 0.125f }, std::pair { 16.0f, 1.0f / 32768.0f } })
     {
-        BitCrusher c;
-        c.prepare (rate);
-        c.enabled = true;
-        c.mix = 1.0f;
+        auto c = wet<BitCrusher>();
         c.bits = bits;
         c.rateHz = 96000.0f; // at or above the rate: a pure quantiser
         std::mt19937 rng (9);
@@ -199,10 +192,7 @@ TEST (BitCrusher, StepSizesClampAndDeterminism)
     }
 
     // Held at a quarter of the rate: every value stands for four samples.
-    BitCrusher hold;
-    hold.prepare (rate);
-    hold.enabled = true;
-    hold.mix = 1.0f;
+    auto hold = wet<BitCrusher>();
     hold.bits = 16.0f;
     hold.rateHz = 12000.0f;
     std::vector<float> held;
@@ -223,10 +213,7 @@ TEST (BitCrusher, StepSizesClampAndDeterminism)
 
 TEST (BitCrusher, DitheredSilenceFlipsBetweenZeroAndOneStep)
 {
-    BitCrusher c;
-    c.prepare (rate);
-    c.enabled = true;
-    c.mix = 1.0f;
+    auto c = wet<BitCrusher>();
     c.bits = 8.0f;
     c.dither = true;
     c.rateHz = 96000.0f;
@@ -247,10 +234,7 @@ TEST (PlateReverb, PredelayShiftsTheTailAndDecayDies)
 {
     auto onset = [] (float predelayMs)
     {
-        PlateReverb v;
-        v.prepare (rate);
-        v.enabled = true;
-        v.mix = 1.0f;
+        auto v = wet<PlateReverb>();
         v.setPredelayMs (predelayMs);
         auto [l, r] = impulseResponse (v, 24000, 1.0f, 1.0f);
         return firstAbove (l, 1.0e-9f);
@@ -268,10 +252,7 @@ TEST (PlateReverb, PredelayShiftsTheTailAndDecayDies)
         EXPECT_EQ (v.predelaySamples, (int) (r2 * 0.2));
     }
 
-    PlateReverb v;
-    v.prepare (rate);
-    v.enabled = true;
-    v.mix = 1.0f;
+    auto v = wet<PlateReverb>();
     v.setDecay (0.95f);
     v.setDamping (0.0f);
     EXPECT_FLOAT_EQ (v.tanks[0].allpass2.coefficient, 0.5f);
@@ -302,10 +283,7 @@ TEST (PlateReverb, CoefficientLimits)
 
 TEST (ModFx, ChorusCeilingFlangerBoundAndPhaserNotch)
 {
-    ModFx chorus;
-    chorus.prepare (rate);
-    chorus.enabled = true;
-    chorus.mix = 1.0f;
+    auto chorus = wet<ModFx>();
     chorus.depth = 1.0f;
     chorus.rateHz = 3.0f;
     float top = 0.0f;
@@ -328,25 +306,11 @@ TEST (ModFx, ChorusCeilingFlangerBoundAndPhaserNotch)
     // Phaser at depth 0: a fixed notch where the four all-passes turn the phase by half a cycle.
     auto phaserGain = [] (double f)
     {
-        ModFx p;
-        p.prepare (rate);
-        p.enabled = true;
+        auto p = wet<ModFx>();
         p.mode = ModFx::phaser;
         p.depth = 0.0f;
-        p.mix = 1.0f;
         p.feedback = 0.0f;
-        double in = 0.0, out = 0.0;
-        for (int i = 0; i < 48000; ++i)
-        {
-            const float x = (float) std::sin (2.0 * M_PI * f * i / rate);
-            const float y = p.process (x);
-            if (i >= 24000)
-            {
-                in += (double) x * x;
-                out += (double) y * y;
-            }
-        }
-        return std::sqrt (out / in);
+        return sineGain ([&] (float x) { return p.process (x); }, f, rate, 1.0, 0.5);
     };
     EXPECT_NEAR (phaserGain (20.0), 2.0, 0.02);
     // Four first-order stages around 867 Hz: notches where they turn half a cycle and one and a half.
@@ -365,30 +329,20 @@ TEST (ModFx, ChorusCeilingFlangerBoundAndPhaserNotch)
 TEST (ModFx, TheMasterPairRunsAQuarterCycleApart)
 {
     // A phaser sweeping at 1 Hz over a steady tone: the right side's gain leads the left's by 250 ms.
-    auto p = makePrepared();
-    setParameter (*p, "osc1DcwDepth", 0.0f);
-    for (auto [id, v] : { std::pair { "modFxEnable", 1.0f }, { "modFxMode", 2.0f }, { "modFxRate", 1.0f },
-                          { "modFxDepth", 1.0f }, { "modFxMix", 1.0f }, { "monoLowEnabled", 0.0f } })
-        setParameter (*p, id, v);
-    const auto out = renderProcessor (*p, 48000 * 4, 512, { { 0, 79, 1.0f } }); // about 784 Hz
-    auto envelope = [&] (int ch)
+    auto p = makePatched ({ { "osc1DcwDepth", 0.0f }, { "modFxEnable", 1.0f }, { "modFxMode", 2.0f }, { "modFxRate", 1.0f },
+                            { "modFxDepth", 1.0f }, { "modFxMix", 1.0f }, { "monoLowEnabled", 0.0f } });
+    const auto out = renderNote (*p, 79, 48000 * 4); // about 784 Hz
+    auto centredEnvelope = [&] (int ch)
     {
         std::vector<double> e;
         for (int w = 0; w + 480 <= out.getNumSamples(); w += 480)
             e.push_back (rms (out.getReadPointer (ch) + w, 480));
-        return e;
-    };
-    auto centred = [] (std::vector<double> e)
-    {
-        double mean = 0.0;
-        for (double v : e)
-            mean += v;
-        mean /= (double) e.size();
+        const double mean = std::accumulate (e.begin(), e.end(), 0.0) / (double) e.size();
         for (double& v : e)
             v -= mean;
         return e;
     };
-    const auto left = centred (envelope (0)), right = centred (envelope (1));
+    const auto left = centredEnvelope (0), right = centredEnvelope (1);
     int bestLag = 0;
     double best = -1.0;
     for (int lag = 0; lag < 100; ++lag) // in 10 ms windows
@@ -408,15 +362,9 @@ TEST (ModFx, TheMasterPairRunsAQuarterCycleApart)
 TEST (MasterEffects, AMonoBufferRunsTheRightSideThroughTheCrossingStages)
 {
     // Ping-pong on one channel: the copy of the sample that stood for "right" comes back on the left.
-    auto mono = std::make_unique<MorvaneAudioProcessor>();
-    juce::AudioProcessor::BusesLayout layout;
-    layout.outputBuses.add (juce::AudioChannelSet::mono());
-    ASSERT_TRUE (mono->setBusesLayout (layout));
-    mono->setRateAndBufferSizeDetails (rate, 512);
-    mono->prepareToPlay (rate, 512);
-    for (auto [id, v] : { std::pair { "delayEnable", 1.0f }, { "delayPingPong", 1.0f }, { "delayTimeMs", 100.0f },
-                          { "delayMix", 1.0f }, { "delayFeedback", 0.0f }, { "ampRelease", 0.001f } })
-        setParameter (*mono, id, v);
+    auto mono = makePrepared (rate, 512, true);
+    setParameters (*mono, { { "delayEnable", 1.0f }, { "delayPingPong", 1.0f }, { "delayTimeMs", 100.0f },
+                            { "delayMix", 1.0f }, { "delayFeedback", 0.0f }, { "ampRelease", 0.001f } });
     renderProcessor (*mono, 48000, 512, {}); // the delay time settles from 0
     const auto out = renderProcessor (*mono, 9600, 512, { { 0, 45, 1.0f }, { 960, 45, 0.0f } });
     ASSERT_EQ (out.getNumChannels(), 1);
@@ -430,14 +378,11 @@ TEST (ModFx, PhaserCornersGlideCloseToTheExactSweep)
 {
     const auto makePhaser = [] (int span)
     {
-        ModFx fx;
-        fx.prepare (48000.0);
-        fx.enabled = true;
+        auto fx = wet<ModFx>();
         fx.mode = ModFx::phaser;
         fx.rateHz = 8.0f;
         fx.depth = 1.0f;
         fx.feedback = 0.7f;
-        fx.mix = 1.0f;
         fx.cornerSpan = span;
         return fx;
     };

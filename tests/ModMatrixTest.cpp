@@ -1,6 +1,7 @@
 #include "TestHelpers.h"
 
 #include "engine/DcBlocker.h"
+#include "engine/ModLabels.h"
 #include "engine/ModMatrixEval.h"
 
 #include <gtest/gtest.h>
@@ -110,51 +111,39 @@ TEST (Drift, ExactlyOneAndNoDrawsWithoutAmount)
 
 namespace
 {
-std::pair<double, double> sideFrequencies (std::initializer_list<std::pair<const char*, float>> settings)
+// Osc 2 alone at 220 Hz, detuned as asked.
+std::unique_ptr<MorvaneAudioProcessor> detunedOsc2 (bool monoLow, Settings settings)
 {
-    auto p = makePrepared();
-    setParameter (*p, "osc1Level", -60.0f);
-    setParameter (*p, "osc2Level", 0.0f);
-    setParameter (*p, "monoLowEnabled", 0.0f);
-    for (auto [id, v] : settings)
-        setParameter (*p, id, v);
-    const auto out = renderProcessor (*p, 48000, 512, { { 0, 57, 1.0f } });
-    return { zeroCrossingFrequency (out.getReadPointer (0) + 4800, 43000, 48000.0),
-             zeroCrossingFrequency (out.getReadPointer (1) + 4800, 43000, 48000.0) };
+    auto p = makePatched ({ { "osc1Level", -60.0f }, { "osc2Level", 0.0f }, { "monoLowEnabled", monoLow ? 1.0f : 0.0f } });
+    setParameters (*p, settings);
+    return p;
 }
 }
 
-TEST (Detune, BeatAtFullSpreadSplitsTheSides)
+TEST (Detune, BeatAndCentsSplitTheSidesBySpread)
 {
-    const auto [left, right] = sideFrequencies ({ { "reeseBeat", 5.0f }, { "reeseSpread", 1.0f } });
-    EXPECT_NEAR (left, 225.0, 0.05);
-    EXPECT_NEAR (right, 215.0, 0.05);
-
-    // Without spread both sides sit 5 Hz above.
-    const auto [l0, r0] = sideFrequencies ({ { "reeseBeat", 5.0f } });
-    EXPECT_NEAR (l0, 225.0, 0.05);
-    EXPECT_NEAR (r0, 225.0, 0.05);
-}
-
-TEST (Detune, CentsAtHalfSpreadLeaveTheRightSideExact)
-{
-    const auto [left, right] = sideFrequencies ({ { "osc2Detune", 50.0f }, { "stereoWidth", 0.3f }, { "reeseSpread", 0.2f } });
-    EXPECT_NEAR (left, 220.0 * std::pow (2.0, 50.0 / 1200.0), 0.05);
-    EXPECT_NEAR (right, 220.0, 0.02);
+    // Without spread both sides sit 5 Hz above; cents at half spread leave the right side exact.
+    struct Row { const char* what; Settings settings; double left, leftTolerance, right, rightTolerance; };
+    const Row rows[] = {
+        { "beat at full spread", { { "reeseBeat", 5.0f }, { "reeseSpread", 1.0f } }, 225.0, 0.05, 215.0, 0.05 },
+        { "beat without spread", { { "reeseBeat", 5.0f } }, 225.0, 0.05, 225.0, 0.05 },
+        { "cents at half spread", { { "osc2Detune", 50.0f }, { "stereoWidth", 0.3f }, { "reeseSpread", 0.2f } },
+          220.0 * std::pow (2.0, 50.0 / 1200.0), 0.05, 220.0, 0.02 },
+    };
+    for (const auto& row : rows)
+    {
+        const auto out = renderNote (*detunedOsc2 (false, row.settings), 57, 48000);
+        EXPECT_NEAR (zeroCrossingFrequency (out.getReadPointer (0) + 4800, 43000, 48000.0), row.left, row.leftTolerance) << row.what;
+        EXPECT_NEAR (zeroCrossingFrequency (out.getReadPointer (1) + 4800, 43000, 48000.0), row.right, row.rightTolerance) << row.what;
+    }
 }
 
 TEST (MonoLow, RemovesSideContentBelowItsFrequency)
 {
     auto sideLevel = [] (bool monoLow)
     {
-        auto p = makePrepared();
-        setParameter (*p, "osc1Level", -60.0f);
-        setParameter (*p, "osc2Level", 0.0f);
-        setParameter (*p, "reeseBeat", 5.0f);
-        setParameter (*p, "reeseSpread", 1.0f);
-        setParameter (*p, "monoLowEnabled", monoLow ? 1.0f : 0.0f);
-        setParameter (*p, "monoLowFreq", 300.0f);
-        const auto out = renderProcessor (*p, 48000, 512, { { 0, 33, 1.0f } }); // 55 Hz
+        auto p = detunedOsc2 (monoLow, { { "reeseBeat", 5.0f }, { "reeseSpread", 1.0f }, { "monoLowFreq", 300.0f } });
+        const auto out = renderNote (*p, 33, 48000); // 55 Hz
         double side = 0.0;
         for (int i = 4800; i < 48000; ++i)
             side += std::pow (out.getSample (0, i) - out.getSample (1, i), 2.0);
@@ -164,9 +153,7 @@ TEST (MonoLow, RemovesSideContentBelowItsFrequency)
     EXPECT_LT (sideLevel (true), sideLevel (false) * 0.25);
 }
 
-#include "engine/ModLabels.h"
-
-TEST (ModLabels, SourceNamesFollowTheTable)
+TEST (ModLabels, SourceAndDestinationNamesFollowTheTables)
 {
     EXPECT_EQ (sourceId (3), "modwheel");
     EXPECT_EQ (sourceId (12), "beatPhase");
@@ -175,24 +162,12 @@ TEST (ModLabels, SourceNamesFollowTheTable)
     EXPECT_EQ (sourceUpperName (6), "DCW ENV OSC 1");
     EXPECT_EQ (sourceUpperName (2), "");
     EXPECT_EQ (sourceChipLabel (13), "");
-    EXPECT_EQ (shortSourceName (" mod wheel "), "MW");
-    EXPECT_EQ (shortSourceName ("dcw env osc 2"), "DCW2");
-    EXPECT_EQ (shortSourceName ("lfo 1"), "LFO 1"); // not in the table: itself, in capitals
-    EXPECT_EQ (shortSourceName ("key"), "KEY");
-}
-
-TEST (ModLabels, DestinationShortLabels)
-{
-    EXPECT_EQ (destinationShortLabel (10), "O2 DETUNE");
-    EXPECT_EQ (destinationShortLabel (11), "O2 HZ");
-    EXPECT_EQ (destinationShortLabel (15), "FENV");
-    EXPECT_EQ (destinationShortLabel (20), "NOISE");
-    EXPECT_EQ (destinationShortLabel (6), "SUB");
-    EXPECT_EQ (destinationShortLabel (14), "RES");
-    EXPECT_EQ (destinationShortLabel (19), "OUT");
-    EXPECT_EQ (destinationShortLabel (21), "O1 PW");
-    EXPECT_EQ (destinationShortLabel (34), "EQ NOTCH HZ");
-    EXPECT_EQ (destinationShortLabel (35), "");
+    // Names not in the table stand for themselves, in capitals.
+    for (auto [name, shortName] : { std::pair { " mod wheel ", "MW" }, { "dcw env osc 2", "DCW2" }, { "lfo 1", "LFO 1" }, { "key", "KEY" } })
+        EXPECT_EQ (shortSourceName (name), shortName) << name;
+    for (auto [destination, label] : { std::pair { 10, "O2 DETUNE" }, { 11, "O2 HZ" }, { 15, "FENV" }, { 20, "NOISE" }, { 6, "SUB" },
+                                       { 14, "RES" }, { 19, "OUT" }, { 21, "O1 PW" }, { 34, "EQ NOTCH HZ" }, { 35, "" } })
+        EXPECT_EQ (destinationShortLabel (destination), label) << destination;
 }
 
 TEST (ModMatrix, PitchBeyondOneOctaveKeepsThePhaseInRange)

@@ -9,8 +9,9 @@ using namespace morvane::test;
 
 namespace
 {
-void processMidi (MorvaneAudioProcessor& p, std::initializer_list<std::pair<int, juce::MidiMessage>> events,
-                  int numSamples = 256)
+using Block = std::vector<std::pair<int, juce::MidiMessage>>;
+
+void processMidi (MorvaneAudioProcessor& p, const Block& events, int numSamples = 256)
 {
     juce::AudioBuffer<float> buffer (p.getTotalNumOutputChannels(), numSamples);
     juce::MidiBuffer midi;
@@ -36,44 +37,41 @@ struct FixedTempo : juce::AudioPlayHead
 };
 }
 
-TEST (MidiSegments, ABlockWithoutEventsRendersOnce)
-{
-    juce::MidiBuffer midi;
-    std::vector<std::pair<int, int>> ranges;
-    forEachMidiSegment (midi, 512, [&] (int s, int n) { ranges.push_back ({ s, n }); }, [] (auto&, int) {});
-    ASSERT_EQ (ranges.size(), 1u);
-    EXPECT_EQ (ranges[0], std::make_pair (0, 512));
-}
-
 TEST (MidiSegments, CutsAtEveryEventWithoutZeroLengthRenders)
 {
-    juce::MidiBuffer midi;
-    midi.addEvent (on (60), 0);
-    midi.addEvent (on (62), 100);
-    midi.addEvent (off (60), 100);
-    midi.addEvent (off (62), 511);
-    midi.addEvent (on (64), 700); // past the end of the block
+    struct Cuts { std::vector<std::pair<int, int>> ranges; std::vector<int> events; int renderedBeforeLast = 0; };
+    const auto cut = [] (const Block& events)
+    {
+        juce::MidiBuffer midi;
+        for (const auto& [pos, m] : events)
+            midi.addEvent (m, pos);
+        Cuts c;
+        int rendered = 0;
+        forEachMidiSegment (midi, 512,
+                            [&] (int s, int n)
+                            {
+                                EXPECT_GT (n, 0);
+                                EXPECT_EQ (s, rendered);
+                                c.ranges.push_back ({ s, n });
+                                rendered += n;
+                            },
+                            [&] (const juce::MidiMessageMetadata&, int pos)
+                            {
+                                c.events.push_back (pos);
+                                c.renderedBeforeLast = rendered;
+                            });
+        return c;
+    };
+    using Ranges = std::vector<std::pair<int, int>>;
+    const auto none = cut ({});
+    EXPECT_EQ (none.ranges, (Ranges { { 0, 512 } })); // a block without events renders once
+    EXPECT_TRUE (none.events.empty());
 
-    std::vector<std::pair<int, int>> ranges;
-    std::vector<int> eventPositions;
-    int renderedBeforeLast = 0, rendered = 0;
-    forEachMidiSegment (midi, 512,
-                        [&] (int s, int n)
-                        {
-                            EXPECT_GT (n, 0);
-                            EXPECT_EQ (s, rendered);
-                            ranges.push_back ({ s, n });
-                            rendered += n;
-                        },
-                        [&] (const juce::MidiMessageMetadata&, int pos)
-                        {
-                            eventPositions.push_back (pos);
-                            renderedBeforeLast = rendered;
-                        });
-
-    EXPECT_EQ (ranges, (std::vector<std::pair<int, int>> { { 0, 100 }, { 100, 411 }, { 511, 1 } }));
-    EXPECT_EQ (eventPositions, (std::vector<int> { 0, 100, 100, 511, 512 }));
-    EXPECT_EQ (renderedBeforeLast, 512); // the late event comes after every sample
+    // The last one lies past the end of the block.
+    const auto some = cut ({ { 0, on (60) }, { 100, on (62) }, { 100, off (60) }, { 511, off (62) }, { 700, on (64) } });
+    EXPECT_EQ (some.ranges, (Ranges { { 0, 100 }, { 100, 411 }, { 511, 1 } }));
+    EXPECT_EQ (some.events, (std::vector<int> { 0, 100, 100, 511, 512 }));
+    EXPECT_EQ (some.renderedBeforeLast, 512); // the late event comes after every sample
 }
 
 TEST (PitchBend, MapsToTwoSemitonesOnA14BitGrid)
@@ -151,7 +149,6 @@ TEST (Processor, TheKeyStackFollowsPressesAndReleases)
 {
     // Blocks of events, then the key sounding (-1: none), the keys held and the sounding key's
     // velocity (the one stored with it when an older key takes over).
-    using Block = std::vector<std::pair<int, juce::MidiMessage>>;
     const auto controller = [] (int number) { return juce::MidiMessage::controllerEvent (1, number, 0); };
     struct Row
     {
@@ -174,13 +171,7 @@ TEST (Processor, TheKeyStackFollowsPressesAndReleases)
     {
         auto p = makePrepared();
         for (const auto& block : row.blocks)
-        {
-            juce::AudioBuffer<float> buffer (p->getTotalNumOutputChannels(), 256);
-            juce::MidiBuffer midi;
-            for (const auto& [pos, m] : block)
-                midi.addEvent (m, pos);
-            p->processBlock (buffer, midi);
-        }
+            processMidi (*p, block);
         EXPECT_EQ (p->getEngine().currentNote, row.note) << row.what;
         EXPECT_EQ (p->getHeldCount(), row.held) << row.what;
         if (row.velocity >= 0.0f)
@@ -194,11 +185,10 @@ TEST (Processor, TheKeyStackFollowsPressesAndReleases)
 TEST (Processor, StackHoldsEveryKeyAndRepressingMovesItToTheTop)
 {
     auto p = makePrepared();
-    juce::AudioBuffer<float> buffer (2, 512);
-    juce::MidiBuffer midi;
+    Block everyKey;
     for (int i = 0; i < 128; ++i)
-        midi.addEvent (on (i), i);
-    p->processBlock (buffer, midi);
+        everyKey.push_back ({ i, on (i) });
+    processMidi (*p, everyKey, 512);
     EXPECT_EQ (p->getHeldCount(), 128);
 
     // 128 distinct keys are held; re-pressing one moves it to the top instead of growing.
@@ -235,10 +225,7 @@ TEST (Processor, LegatoDecidesWhetherASecondKeyRetriggers)
 {
     for (bool legato : { false, true })
     {
-        auto p = makePrepared();
-        setParameter (*p, "legato", legato ? 1.0f : 0.0f);
-        setParameter (*p, "ampDecay", 0.05f);
-        setParameter (*p, "ampSustain", 0.2f);
+        auto p = makePatched ({ { "legato", legato ? 1.0f : 0.0f }, { "ampDecay", 0.05f }, { "ampSustain", 0.2f } });
         // Hold a note long enough to reach sustain, then add a second key.
         auto out = renderProcessor (*p, 48000, 480, { { 0, 60, 1.0f }, { 24000, 67, 1.0f } });
         const float* l = out.getReadPointer (0);
@@ -281,16 +268,9 @@ TEST (Processor, PeakRisesAtOnceAndFallsAt24DbPerSecond)
 
 TEST (Processor, MonoBusKeepsLevelThroughTheSumFactor)
 {
-    auto stereo = makePrepared();
-    MorvaneAudioProcessor mono;
-    juce::AudioProcessor::BusesLayout layout;
-    layout.outputBuses.add (juce::AudioChannelSet::mono());
-    ASSERT_TRUE (mono.setBusesLayout (layout));
-    mono.prepareToPlay (48000.0, 512);
-    ASSERT_EQ (mono.getTotalNumOutputChannels(), 1);
-
-    const auto s = renderProcessor (*stereo, 9600, 512, { { 0, 57, 1.0f } });
-    const auto m = renderProcessor (mono, 9600, 512, { { 0, 57, 1.0f } });
+    auto stereo = makePrepared(), mono = makePrepared (48000.0, 512, true);
+    ASSERT_EQ (mono->getTotalNumOutputChannels(), 1);
+    const auto s = renderNote (*stereo, 57, 9600), m = renderNote (*mono, 57, 9600);
     for (int i = 0; i < 9600; ++i)
         ASSERT_NEAR (m.getSample (0, i), (s.getSample (0, i) + s.getSample (1, i)) * 0.7071068f, 1.0e-6f);
 }

@@ -7,7 +7,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <initializer_list>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace morvane::test
@@ -31,6 +33,14 @@ inline void setParameter (juce::AudioProcessor& processor, const juce::String& i
                 return;
             }
     ADD_FAILURE() << "no parameter " << id;
+}
+
+using Settings = std::initializer_list<std::pair<const char*, float>>;
+
+inline void setParameters (juce::AudioProcessor& processor, Settings settings)
+{
+    for (auto [id, v] : settings)
+        setParameter (processor, id, v);
 }
 
 struct NoteEvent
@@ -67,12 +77,31 @@ inline juce::AudioBuffer<float> renderProcessor (MorvaneAudioProcessor& processo
     return out;
 }
 
-inline std::unique_ptr<MorvaneAudioProcessor> makePrepared (double rate = 48000.0, int block = 512)
+inline std::unique_ptr<MorvaneAudioProcessor> makePrepared (double rate = 48000.0, int block = 512, bool mono = false)
 {
     auto p = std::make_unique<MorvaneAudioProcessor>();
+    if (mono)
+    {
+        juce::AudioProcessor::BusesLayout layout;
+        layout.outputBuses.add (juce::AudioChannelSet::mono());
+        EXPECT_TRUE (p->setBusesLayout (layout));
+    }
     p->setRateAndBufferSizeDetails (rate, block);
     p->prepareToPlay (rate, block);
     return p;
+}
+
+inline std::unique_ptr<MorvaneAudioProcessor> makePatched (Settings settings, double rate = 48000.0, int block = 512)
+{
+    auto p = makePrepared (rate, block);
+    setParameters (*p, settings);
+    return p;
+}
+
+// One key held from the first sample.
+inline juce::AudioBuffer<float> renderNote (MorvaneAudioProcessor& processor, int note, int numSamples, float velocity = 1.0f)
+{
+    return renderProcessor (processor, numSamples, 512, { { 0, note, velocity } });
 }
 
 inline double rms (const float* x, int n)
@@ -121,5 +150,25 @@ inline double toneMagnitude (const float* x, int n, double frequency, double rat
         im -= w * x[i] * std::sin (a);
     }
     return 2.0 * std::sqrt (re * re + im * im) / (0.5 * n);
+}
+
+// Steady-state gain of a one-in one-out process for a sine: settled for a stretch, then measured
+// over as long again.
+template <typename Fn>
+double sineGain (Fn&& process, double frequency, double rate, double amplitude = 0.1, double seconds = 0.25)
+{
+    const int settle = (int) (rate * seconds);
+    double in = 0.0, out = 0.0;
+    for (int i = 0; i < 2 * settle; ++i)
+    {
+        const float x = (float) (amplitude * std::sin (2.0 * M_PI * frequency * i / rate));
+        const float y = process (x);
+        if (i >= settle)
+        {
+            in += (double) x * x;
+            out += (double) y * y;
+        }
+    }
+    return std::sqrt (out / in);
 }
 }

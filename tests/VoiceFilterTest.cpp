@@ -1,11 +1,9 @@
+#include "TestHelpers.h"
+
 #include "engine/VoiceFilter.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <vector>
-
 using namespace morvane;
+using namespace morvane::test;
 
 namespace
 {
@@ -21,22 +19,10 @@ VoiceFilter makeFilter (int model, float hz, float reso)
     return f;
 }
 
-// Steady-state gain of the filter for a sine, small enough to stay linear.
-double gainAt (VoiceFilter filter, double frequency, double amplitude = 0.01)
+// For a sine small enough to stay linear.
+double gainAt (VoiceFilter filter, double frequency)
 {
-    const int settle = (int) overRate / 4, measure = (int) overRate / 4;
-    double in = 0.0, out = 0.0;
-    for (int i = 0; i < settle + measure; ++i)
-    {
-        const float x = (float) (amplitude * std::sin (2.0 * M_PI * frequency * i / overRate));
-        const float y = filter.process (x);
-        if (i >= settle)
-        {
-            in += (double) x * x;
-            out += (double) y * y;
-        }
-    }
-    return std::sqrt (out / in);
+    return sineGain ([&] (float x) { return filter.process (x); }, frequency, overRate, 0.01);
 }
 
 double db (double g) { return 20.0 * std::log10 (g); }

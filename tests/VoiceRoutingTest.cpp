@@ -1,39 +1,43 @@
 #include "TestHelpers.h"
 
-#include <initializer_list>
-#include <utility>
-
 using namespace morvane;
 using namespace morvane::test;
 
 namespace
 {
-using Settings = std::initializer_list<std::pair<const char*, float>>;
-
 // A plain sine on osc 1 (a saw with no DCW), nothing else, filter open.
 std::unique_ptr<MorvaneAudioProcessor> sineVoice (Settings settings)
 {
-    auto p = makePrepared();
-    setParameter (*p, "osc1DcwDepth", 0.0f);
-    setParameter (*p, "osc2Level", -90.0f);
-    for (auto [id, v] : settings)
-        setParameter (*p, id, v);
+    auto p = makePatched ({ { "osc1DcwDepth", 0.0f }, { "osc2Level", -90.0f } });
+    setParameters (*p, settings);
     return p;
 }
 
-juce::AudioBuffer<float> holdNote (MorvaneAudioProcessor& p, int note = 45, int length = 48000)
+juce::AudioBuffer<float> holdNote (Settings settings, int note = 45, int length = 48000)
 {
-    return renderProcessor (p, length, 512, { { 0, note, 1.0f } });
+    return renderNote (*sineVoice (settings), note, length);
 }
 
-double tailRms (const juce::AudioBuffer<float>& b, int channel = 0)
+// Level after the first 200 ms.
+double level (Settings settings)
 {
-    return rms (b.getReadPointer (channel) + 9600, b.getNumSamples() - 9600);
+    const auto b = holdNote (settings);
+    return rms (b.getReadPointer (0) + 9600, b.getNumSamples() - 9600);
 }
 
 double harmonic (const juce::AudioBuffer<float>& b, double f)
 {
     return toneMagnitude (b.getReadPointer (0) + 9600, 32768, f, 48000.0);
+}
+
+double decibels (double ratio) { return 20.0 * std::log10 (ratio); }
+
+void expectSameSamples (const juce::AudioBuffer<float>& a, const juce::AudioBuffer<float>& b, const char* what)
+{
+    ASSERT_EQ (a.getNumSamples(), b.getNumSamples());
+    for (int ch = 0; ch < 2; ++ch)
+        for (int i = 0; i < a.getNumSamples(); ++i)
+            ASSERT_EQ (a.getSample (ch, i), b.getSample (ch, i)) << what << ", channel " << ch << ", sample " << i;
 }
 
 // Largest sample-to-sample move in [from, to).
@@ -62,17 +66,40 @@ juce::AudioBuffer<float> switchDuring (MorvaneAudioProcessor& p, const char* id,
 }
 }
 
-TEST (VoiceDrive, MakeupIsAPlainGainAtDriveZeroAndMixZeroBypassesTheStage)
+TEST (VoiceStages, OffAtMixZeroOrAtTheFloorTheyRenderAsWithout)
 {
-    auto plain = sineVoice ({});
-    auto louder = sineVoice ({ { "driveGain", 6.0206f } });
-    const auto a = holdNote (*plain), b = holdNote (*louder);
-    EXPECT_NEAR (tailRms (b) / tailRms (a), 2.0, 1.0e-3);
+    struct Row { const char* what; Settings with, without; };
+    const Row rows[] = {
+        { "drive at mix 0", { { "driveGain", 12.0f }, { "drive", 18.0f }, { "driveMix", 0.0f } }, {} },
+        // At -90 dB nothing of the noise reaches the output, whatever its colour and routing.
+        { "noise at the floor", { { "noiseLevel", -90.0f }, { "noiseColour", 2.0f }, { "noiseRouting", 0.5f } }, {} },
+        { "multiband at mix 0", { { "mbdLowAmount", 12.0f }, { "mbdEnable", 1.0f }, { "mbdMix", 0.0f } }, { { "mbdLowAmount", 12.0f } } },
+    };
+    for (const auto& row : rows)
+        expectSameSamples (holdNote (row.without), holdNote (row.with), row.what);
+}
 
-    auto bypassed = sineVoice ({ { "driveGain", 12.0f }, { "drive", 18.0f }, { "driveMix", 0.0f } });
-    const auto c = holdNote (*bypassed);
-    for (int i = 0; i < a.getNumSamples(); ++i)
-        ASSERT_EQ (a.getSample (0, i), c.getSample (0, i)) << i;
+TEST (VoiceStages, GainsAndCutsAgainstTheSameVoiceWithout)
+{
+    EXPECT_NEAR (level ({ { "driveGain", 6.0206f } }) / level ({}), 2.0, 1.0e-3); // makeup is a plain gain at drive 0
+    EXPECT_NEAR (decibels (level ({ { "drive", 24.0f }, { "driveMode", 2.0f }, { "driveAutoMakeup", 1.0f } })
+                           / level ({ { "drive", 24.0f }, { "driveMode", 2.0f } })),
+                 9.6, 0.01); // fold's auto makeup at full drive
+    // The ring product is scaled by both gains: osc 2 at -60 dB leaves almost nothing.
+    EXPECT_NEAR (level ({ { "mode", 1.0f }, { "osc2Level", -60.0f }, { "osc2DcwDepth", 0.0f } })
+                     / level ({ { "mode", 1.0f }, { "osc2Level", 0.0f }, { "osc2DcwDepth", 0.0f } }),
+                 1.0e-3, 1.0e-4);
+
+    const double flat = harmonic (holdNote ({}), 110.0);
+    const auto notched = holdNote ({ { "postEqEnable", 1.0f }, { "postEqNotchHz", 110.0f }, { "postEqNotchDepth", 1.0f } });
+    EXPECT_NEAR (decibels (harmonic (notched, 110.0) / flat), -18.0, 0.3);
+    EXPECT_GT (harmonic (holdNote ({ { "postEqEnable", 1.0f }, { "postEqTilt", -12.0f } }), 110.0), 2.5 * flat);
+
+    // The multiband's low band turns the clean sine into odd harmonics.
+    const auto clean = holdNote ({ { "mbdLowAmount", 12.0f } });
+    const auto driven = holdNote ({ { "mbdLowAmount", 12.0f }, { "mbdEnable", 1.0f } });
+    EXPECT_LT (harmonic (clean, 330.0) / harmonic (clean, 110.0), 1.0e-3);
+    EXPECT_GT (harmonic (driven, 330.0) / harmonic (driven, 110.0), 0.05);
 }
 
 TEST (VoiceDrive, OddHarmonicsRiseWithDrive)
@@ -80,8 +107,7 @@ TEST (VoiceDrive, OddHarmonicsRiseWithDrive)
     double previous = 0.0;
     for (float driveDb : { 0.0f, 6.0f, 12.0f, 24.0f })
     {
-        auto p = sineVoice ({ { "drive", driveDb } });
-        const auto out = holdNote (*p);
+        const auto out = holdNote ({ { "drive", driveDb } });
         const double fundamental = harmonic (out, 110.0);
         const double second = harmonic (out, 220.0) / fundamental;
         double odd = 0.0;
@@ -101,29 +127,15 @@ TEST (VoiceDrive, OddHarmonicsRiseWithDrive)
     }
 }
 
-TEST (VoiceDrive, FoldAutoMakeupAddsNinePointSixDecibelsAtFullDrive)
-{
-    auto without = sineVoice ({ { "drive", 24.0f }, { "driveMode", 2.0f } });
-    auto with = sineVoice ({ { "drive", 24.0f }, { "driveMode", 2.0f }, { "driveAutoMakeup", 1.0f } });
-    const double ratio = tailRms (holdNote (*with)) / tailRms (holdNote (*without));
-    EXPECT_NEAR (20.0 * std::log10 (ratio), 9.6, 0.01);
-}
-
 TEST (VoiceMix, RingModeMultipliesTheTwoOscillators)
 {
-    auto ring = sineVoice ({ { "mode", 1.0f }, { "osc2Level", 0.0f }, { "osc2DcwDepth", 0.0f }, { "osc2Semitone", 7.0f } });
-    const auto out = holdNote (*ring, 57);
+    const auto out = holdNote ({ { "mode", 1.0f }, { "osc2Level", 0.0f }, { "osc2DcwDepth", 0.0f }, { "osc2Semitone", 7.0f } }, 57);
     const double f1 = 220.0, f2 = 220.0 * std::pow (2.0, 7.0 / 12.0);
     const double sum = harmonic (out, f1 + f2), difference = harmonic (out, f2 - f1);
     EXPECT_GT (sum, 0.05);
     EXPECT_NEAR (difference / sum, 1.0, 0.1);
     EXPECT_LT (harmonic (out, f1), 0.01 * sum);
     EXPECT_LT (harmonic (out, f2), 0.01 * sum);
-
-    // The product is scaled by both gains: osc 2 at -60 dB leaves almost nothing.
-    auto quiet = sineVoice ({ { "mode", 1.0f }, { "osc2Level", -60.0f }, { "osc2DcwDepth", 0.0f } });
-    auto loud = sineVoice ({ { "mode", 1.0f }, { "osc2Level", 0.0f }, { "osc2DcwDepth", 0.0f } });
-    EXPECT_NEAR (tailRms (holdNote (*quiet)) / tailRms (holdNote (*loud)), 1.0e-3, 1.0e-4);
 }
 
 TEST (VoiceSub, PitchFollowsOctaveSemitoneAndFine)
@@ -133,9 +145,9 @@ TEST (VoiceSub, PitchFollowsOctaveSemitoneAndFine)
                     Case { 4, 0, 0, 880.0 }, Case { 2, 7, 0, 220.0 * std::pow (2.0, 7.0 / 12.0) },
                     Case { 1, -12, 50, 55.0 * std::pow (2.0, 0.5 / 12.0) } })
     {
-        auto p = sineVoice ({ { "osc1Level", -60.0f }, { "subLevel", 0.0f }, { "subOctave", c.octave },
-                              { "subSemitone", c.semitone }, { "subFine", c.fine } });
-        const auto out = holdNote (*p, 57, 96000);
+        const auto out = holdNote ({ { "osc1Level", -60.0f }, { "subLevel", 0.0f }, { "subOctave", c.octave },
+                                     { "subSemitone", c.semitone }, { "subFine", c.fine } },
+                                   57, 96000);
         EXPECT_NEAR (zeroCrossingFrequency (out.getReadPointer (0) + 9600, 86000, 48000.0), c.hz, c.hz * 2.0e-4)
             << c.octave << " " << c.semitone << " " << c.fine;
     }
@@ -144,39 +156,29 @@ TEST (VoiceSub, PitchFollowsOctaveSemitoneAndFine)
 TEST (VoiceSub, RoutingDecidesWhetherTheSubMeetsTheFilter)
 {
     // A sub at 110 Hz against a filter closed to 30 Hz: what reaches the output passed around it.
-    auto level = [] (float routing, float send)
+    auto subLevel = [] (float routing, float send)
     {
-        auto p = sineVoice ({ { "osc1Level", -60.0f }, { "subLevel", 0.0f }, { "subOctave", 2.0f }, { "filterCutoff", 20.0f },
-                              { "subRouting", routing }, { "subDriveSend", send } });
-        return tailRms (holdNote (*p));
+        return level ({ { "osc1Level", -60.0f }, { "subLevel", 0.0f }, { "subOctave", 2.0f }, { "filterCutoff", 20.0f },
+                        { "subRouting", routing }, { "subDriveSend", send } });
     };
-    const double around = level (0.0f, 0.0f);
+    const double around = subLevel (0.0f, 0.0f);
     EXPECT_GT (around, 0.1);
-    EXPECT_LT (level (0.0f, 1.0f), 0.01 * around);
-    EXPECT_NEAR (level (1.0f, 1.0f), around, 1.0e-6); // the send has no effect after the filter
-    EXPECT_NEAR (level (0.0f, 0.5f), 0.5 * around, 0.01 * around);
+    EXPECT_LT (subLevel (0.0f, 1.0f), 0.01 * around);
+    EXPECT_NEAR (subLevel (1.0f, 1.0f), around, 1.0e-6); // the send has no effect after the filter
+    EXPECT_NEAR (subLevel (0.0f, 0.5f), 0.5 * around, 0.01 * around);
 }
 
-TEST (VoiceNoise, AtTheFloorItIsExactlySilentAndItsRoutingSplitsTheFilter)
+TEST (VoiceNoise, RoutingSplitsTheFilter)
 {
-    // At -90 dB nothing of the noise reaches the output, whatever its colour and routing.
-    auto without = sineVoice ({});
-    auto floor = sineVoice ({ { "noiseLevel", -90.0f }, { "noiseColour", 2.0f }, { "noiseRouting", 0.5f } });
-    const auto a = holdNote (*without), b = holdNote (*floor);
-    for (int ch = 0; ch < 2; ++ch)
-        for (int i = 0; i < a.getNumSamples(); ++i)
-            ASSERT_EQ (a.getSample (ch, i), b.getSample (ch, i)) << i;
-
     // Through a filter closed to 20 Hz, only the post share of the noise is heard.
-    auto level = [] (float routing)
+    auto noiseLevel = [] (float routing)
     {
-        auto p = sineVoice ({ { "osc1Level", -60.0f }, { "noiseLevel", -12.0f }, { "filterCutoff", 20.0f }, { "noiseRouting", routing } });
-        return tailRms (holdNote (*p));
+        return level ({ { "osc1Level", -60.0f }, { "noiseLevel", -12.0f }, { "filterCutoff", 20.0f }, { "noiseRouting", routing } });
     };
-    const double post = level (1.0f);
+    const double post = noiseLevel (1.0f);
     EXPECT_GT (post, 0.05);
-    EXPECT_LT (level (0.0f), 0.05 * post);
-    EXPECT_NEAR (level (0.25f) / post, 0.25, 0.02);
+    EXPECT_LT (noiseLevel (0.0f), 0.05 * post);
+    EXPECT_NEAR (noiseLevel (0.25f) / post, 0.25, 0.02);
 }
 
 TEST (VoiceFeedback, StaysBoundedAndSurvivesANewNote)
@@ -190,9 +192,9 @@ TEST (VoiceFeedback, StaysBoundedAndSurvivesANewNote)
             ASSERT_TRUE (std::isfinite (out.getSample (ch, i)));
     }
     // The loop adds to the sound: the same patch without feedback differs.
-    auto dry = sineVoice ({ { "drive", 12.0f }, { "filterReso", 0.9f }, { "filterCutoff", 400.0f } });
-    EXPECT_GT (std::abs (tailRms (holdNote (*dry)) - tailRms (holdNote (*sineVoice ({ { "feedbackAmount", 1.0f }, { "drive", 12.0f },
-                                                                                      { "filterReso", 0.9f }, { "filterCutoff", 400.0f } })))), 1.0e-3);
+    EXPECT_GT (std::abs (level ({ { "drive", 12.0f }, { "filterReso", 0.9f }, { "filterCutoff", 400.0f } })
+                         - level ({ { "feedbackAmount", 1.0f }, { "drive", 12.0f }, { "filterReso", 0.9f }, { "filterCutoff", 400.0f } })),
+               1.0e-3);
 }
 
 TEST (VoiceFades, DrivePositionAndSubRoutingChangeWithoutAStep)
@@ -226,9 +228,9 @@ TEST (VoiceFades, AfterADrivePositionChangeTheVoiceSoundsAsOneStartedThere)
     juce::AudioBuffer<float> difference (1, n);
     difference.copyFrom (0, 0, switched, 0, from, n);
     difference.addFrom (0, 0, started, 0, from, n, -1.0f);
-    const double level = rms (started.getReadPointer (0) + from, n);
-    EXPECT_GT (level, 0.01);
-    EXPECT_LT (rms (difference.getReadPointer (0), n), 1.0e-3 * level);
+    const double heard = rms (started.getReadPointer (0) + from, n);
+    EXPECT_GT (heard, 0.01);
+    EXPECT_LT (rms (difference.getReadPointer (0), n), 1.0e-3 * heard);
 }
 
 TEST (VoiceFades, SubToPostFilterCutsTheSendAtOnce)
@@ -241,32 +243,6 @@ TEST (VoiceFades, SubToPostFilterCutsTheSendAtOnce)
     const float after = peak (out.getReadPointer (0) + at + 12000, 1200); // settled
     EXPECT_GT (during, 1.2f * after);
     EXPECT_LT (during, 1.45f * after);
-}
-
-TEST (VoiceMultiband, OffAndMixZeroRenderTheSameAsNoStage)
-{
-    auto off = sineVoice ({ { "mbdLowAmount", 12.0f } });
-    auto zeroMix = sineVoice ({ { "mbdLowAmount", 12.0f }, { "mbdEnable", 1.0f }, { "mbdMix", 0.0f } });
-    auto on = sineVoice ({ { "mbdLowAmount", 12.0f }, { "mbdEnable", 1.0f } });
-    const auto a = holdNote (*off), b = holdNote (*zeroMix), c = holdNote (*on);
-    for (int i = 0; i < a.getNumSamples(); ++i)
-        ASSERT_EQ (a.getSample (0, i), b.getSample (0, i)) << i;
-    // The low band's shaper turns the clean sine into odd harmonics.
-    const double cleanThird = harmonic (a, 330.0) / harmonic (a, 110.0);
-    const double drivenThird = harmonic (c, 330.0) / harmonic (c, 110.0);
-    EXPECT_LT (cleanThird, 1.0e-3);
-    EXPECT_GT (drivenThird, 0.05);
-}
-
-TEST (VoicePostEq, TiltAndNotchActOnTheRenderedVoice)
-{
-    auto flat = sineVoice ({});
-    auto notched = sineVoice ({ { "postEqEnable", 1.0f }, { "postEqNotchHz", 110.0f }, { "postEqNotchDepth", 1.0f } });
-    const double ratio = harmonic (holdNote (*notched), 110.0) / harmonic (holdNote (*flat), 110.0);
-    EXPECT_NEAR (20.0 * std::log10 (ratio), -18.0, 0.3);
-
-    auto tilted = sineVoice ({ { "postEqEnable", 1.0f }, { "postEqTilt", -12.0f } });
-    EXPECT_GT (harmonic (holdNote (*tilted), 110.0), 2.5 * harmonic (holdNote (*flat), 110.0));
 }
 
 TEST (VoiceMix, ARightSideRunAsACopySoundsAsOneRunOnItsOwn)
@@ -297,9 +273,7 @@ TEST (VoiceMix, ARightSideRunAsACopySoundsAsOneRunOnItsOwn)
         part (3, {});
         return out;
     };
-    const auto a = play (*copied), b = play (*ownRight);
-    for (int ch = 0; ch < 2; ++ch)
-        for (int i = 0; i < a.getNumSamples(); ++i)
-            ASSERT_EQ (a.getSample (ch, i), b.getSample (ch, i)) << "channel " << ch << ", sample " << i;
+    const auto a = play (*copied);
+    expectSameSamples (a, play (*ownRight), "right side on its own");
     EXPECT_GT (rms (a.getReadPointer (1), a.getNumSamples()), 0.01);
 }

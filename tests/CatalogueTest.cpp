@@ -116,13 +116,9 @@ TEST (Catalogue, InitCleanHoldsExactlyItsValues)
     for (auto* param : doc->getChildWithTagNameIterator ("PARAM"))
         v[param->getStringAttribute ("id")] = param->getDoubleAttribute ("value");
     EXPECT_EQ (v.size(), 76u);
-    EXPECT_EQ (v["osc2Level"], -90.0);
-    EXPECT_EQ (v["ampRelease"], 0.18);
-    EXPECT_EQ (v["mod1Amount"], 0.4);
-    EXPECT_EQ (v["phaseMode"], 2.0);
-    EXPECT_EQ (v["stereoMode"], 1.0);
-    EXPECT_EQ (v["filterSustain"], 0.6);
-    EXPECT_EQ (v["outputGain"], -6.0);
+    for (const auto& [id, value] : { std::pair { "osc2Level", -90.0 }, { "ampRelease", 0.18 }, { "mod1Amount", 0.4 }, { "phaseMode", 2.0 },
+                                     { "stereoMode", 1.0 }, { "filterSustain", 0.6 }, { "outputGain", -6.0 } })
+        EXPECT_EQ (v[id], value) << id;
 }
 
 TEST (Catalogue, EveryFaultOfTheManifestIsLoggedAndParsingGoesOn)

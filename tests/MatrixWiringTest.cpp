@@ -17,11 +17,8 @@ struct Matrix
     {
         // An empty matrix to start from.
         for (int slot = 1; slot <= 8; ++slot)
-        {
-            test::setParameter (p, "mod" + juce::String (slot) + "Source", 0.0f);
-            test::setParameter (p, "mod" + juce::String (slot) + "Dest", 0.0f);
-            test::setParameter (p, "mod" + juce::String (slot) + "Amount", 0.0f);
-        }
+            for (const char* field : { "Source", "Dest", "Amount" })
+                test::setParameter (p, "mod" + juce::String (slot) + field, 0.0f);
     }
     float raw (const juce::String& id) { return p.getParameterTree().getRawParameterValue (id)->load(); }
 };

@@ -293,18 +293,13 @@ TEST_F (ParameterLayoutTest, ChoiceListsAreTheSharedLists)
 
     const juce::StringArray waves { "saw", "square", "pulse", "sinepulse", "halfsine",
                                     "ressaw", "restriangle", "restrapezoid", "pwm", "respulse" };
-    EXPECT_EQ (choicesOf ("osc1Wave"), waves);
-    EXPECT_EQ (choicesOf ("osc2Wave"), waves);
-    EXPECT_EQ (choicesOf ("subWave"), waves);
-    EXPECT_EQ (choicesOf ("octave"), juce::StringArray ({ "-2", "-1", "0", "+1", "+2" }));
-    EXPECT_EQ (choicesOf ("subOctave"), juce::StringArray ({ "-2", "-1", "0", "+1", "+2" }));
-    EXPECT_EQ (choicesOf ("mbdMidMode"), juce::StringArray ({ "follow", "soft", "diode", "fold" }));
-    EXPECT_EQ (choicesOf ("subRouting"), juce::StringArray ({ "pre drive", "post filter" }));
-    EXPECT_EQ (choicesOf ("feedbackPosition"), juce::StringArray ({ "pre drive", "post filter" }));
-    EXPECT_EQ (choicesOf ("filterModel"), juce::StringArray ({ "ladder", "diode", "state", "phase" }));
-    EXPECT_EQ (choicesOf ("lfo1Shape"), juce::StringArray ({ "sine", "tri", "sqr", "s&h" }));
-    EXPECT_EQ (choicesOf ("delayPingPong"), juce::StringArray ({ "stereo", "ping-pong" }));
-    EXPECT_EQ (choicesOf ("phaseMode"), juce::StringArray ({ "free", "first", "per" }));
+    const juce::StringArray octaves { "-2", "-1", "0", "+1", "+2" }, routes { "pre drive", "post filter" };
+    for (const auto& [id, list] : std::vector<std::pair<const char*, juce::StringArray>> {
+             { "osc1Wave", waves }, { "osc2Wave", waves }, { "subWave", waves }, { "octave", octaves }, { "subOctave", octaves },
+             { "mbdMidMode", { "follow", "soft", "diode", "fold" } }, { "subRouting", routes }, { "feedbackPosition", routes },
+             { "filterModel", { "ladder", "diode", "state", "phase" } }, { "lfo1Shape", { "sine", "tri", "sqr", "s&h" } },
+             { "delayPingPong", { "stereo", "ping-pong" } }, { "phaseMode", { "free", "first", "per" } } })
+        EXPECT_EQ (choicesOf (id), list) << id;
     EXPECT_EQ (choicesOf ("mod3Dest")[34], "eq notch hz");
     EXPECT_EQ (choicesOf ("mod3Source")[12], "beat phase");
 }

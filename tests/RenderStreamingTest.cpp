@@ -122,11 +122,9 @@ TEST (RenderStreaming, ALongRenderShowsProgressOnATerminal)
                                       exitCode);
     EXPECT_EQ (exitCode, 0) << drawn;
     // Redrawn in place, then ended once at 100 %.
-    const auto lines = juce::StringArray::fromTokens (drawn, "\r\n", "");
-    juce::StringArray drawnLines;
-    for (const auto& l : lines)
-        if (l.trim().isNotEmpty())
-            drawnLines.add (l.trim());
+    auto drawnLines = juce::StringArray::fromTokens (drawn, "\r\n", "");
+    drawnLines.trim();
+    drawnLines.removeEmptyStrings();
     ASSERT_FALSE (drawnLines.isEmpty()) << drawn;
     for (const auto& l : drawnLines)
         EXPECT_TRUE (std::regex_match (l.toStdString(), std::regex (R"(morvane-render: +\d+% \([0-9.]+ of 60\.0 s\), [0-9.]+x real time)")))

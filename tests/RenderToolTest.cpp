@@ -17,21 +17,29 @@ namespace
 struct Run
 {
     int exitCode = -1;
-    juce::String output;
+    juce::String out, err;
+    juce::String output() const { return out + err; }
 };
 
-// Runs the real binary; output holds stdout and stderr together.
-Run runRenderer (const juce::StringArray& args)
+// Runs the real binary through a shell, after any commands given to that shell; stderr is caught
+// by a redirection so that the two streams can be told apart.
+Run runRenderer (const juce::StringArray& args, const juce::String& before = {})
 {
-    juce::StringArray command { MORVANE_RENDER_PATH };
-    command.addArray (args);
+    auto quote = [] (const juce::String& s) { return "'" + s.replace ("'", "'\\''") + "'"; };
+    const auto errFile = uniqueTempFile ("morvane-render", ".err");
+    auto command = before + "exec " + quote (MORVANE_RENDER_PATH);
+    for (const auto& a : args)
+        command << " " << quote (a);
     juce::ChildProcess process;
     Run run;
-    if (! process.start (command, juce::ChildProcess::wantStdOut | juce::ChildProcess::wantStdErr))
-        return run;
-    run.output = process.readAllProcessOutput();
-    process.waitForProcessToFinish (120000);
-    run.exitCode = (int) process.getExitCode();
+    if (process.start (juce::StringArray { "/bin/sh", "-c", command + " 2>" + quote (errFile.getFullPathName()) }, juce::ChildProcess::wantStdOut))
+    {
+        run.out = process.readAllProcessOutput();
+        process.waitForProcessToFinish (120000);
+        run.exitCode = (int) process.getExitCode();
+    }
+    run.err = errFile.loadFileAsString();
+    errFile.deleteFile();
     return run;
 }
 
@@ -41,6 +49,7 @@ struct TempDir
     TempDir() { dir.createDirectory(); }
     ~TempDir() { dir.deleteRecursively(); }
     juce::String path (const char* name) const { return dir.getChildFile (name).getFullPathName(); }
+    juce::String write (const char* name, const juce::String& text) const { dir.getChildFile (name).replaceWithText (text); return path (name); }
 };
 
 std::unique_ptr<juce::AudioFormatReader> openWav (const juce::String& path)
@@ -57,6 +66,16 @@ juce::AudioBuffer<float> readAll (juce::AudioFormatReader& reader)
     juce::AudioBuffer<float> b ((int) reader.numChannels, (int) reader.lengthInSamples);
     reader.read (&b, 0, (int) reader.lengthInSamples, 0, true, true);
     return b;
+}
+
+bool writeMidi (const juce::String& path, std::initializer_list<juce::MidiMessageSequence> tracks)
+{
+    juce::MidiFile file;
+    file.setTicksPerQuarterNote (480);
+    for (const auto& t : tracks)
+        file.addTrack (t);
+    juce::FileOutputStream stream { juce::File (path) };
+    return file.writeTo (stream);
 }
 
 int firstSoundingSample (const juce::AudioBuffer<float>& b, int from)
@@ -136,7 +155,7 @@ TEST (RenderTool, RendersA440HzToneAtTheDefaultLevel)
     TempDir tmp;
     const auto out = tmp.path ("a.wav");
     const auto run = runRenderer ({ "--note", "69:1:0:1", "--out", out });
-    ASSERT_EQ (run.exitCode, 0) << run.output;
+    ASSERT_EQ (run.exitCode, 0) << run.output();
 
     auto reader = openWav (out);
     ASSERT_NE (reader, nullptr);
@@ -152,60 +171,20 @@ TEST (RenderTool, RendersA440HzToneAtTheDefaultLevel)
     EXPECT_EQ (peak (audio.getReadPointer (1) + 60000, 36000), 0.0f); // released and silent
 }
 
-TEST (RenderTool, BadInputExitsTwoWithAMessageAndNoFile)
-{
-    TempDir tmp;
-    const auto out = tmp.path ("bad.wav");
-    const auto notXml = tmp.path ("broken.xml");
-    juce::File (notXml).replaceWithText ("<PARAMS><PARAM id=");
-    const auto wrongRoot = tmp.path ("root.xml");
-    juce::File (wrongRoot).replaceWithText ("<PRESET/>");
-    const auto notMidi = tmp.path ("x.mid");
-    juce::File (notMidi).replaceWithText ("hello");
-
-    for (const auto& args : std::vector<juce::StringArray> {
-             { "--out", out, "--set", "noSuchParameter=1" },
-             { "--out", out, "--set", "drive=abc" },
-             { "--out", out, "--note", "69:1:0" },
-             { "--out", out, "--rate", "5" },
-             { "--out", out, "--block", "0" },
-             { "--out", out, "--preset", tmp.path ("missing.xml") },
-             { "--out", out, "--preset", notXml },
-             { "--out", out, "--preset", wrongRoot },
-             { "--out", out, "--midi", notMidi },
-             { "--out", out, "--midi", tmp.path ("missing.mid") } })
-    {
-        const auto run = runRenderer (args);
-        EXPECT_EQ (run.exitCode, 2) << args.joinIntoString (" ") << "\n" << run.output;
-        EXPECT_TRUE (run.output.startsWith ("morvane-render: ")) << run.output;
-        EXPECT_EQ (run.output.trim().indexOfChar ('\n'), -1) << "one line: " << run.output;
-        EXPECT_FALSE (juce::File (out).exists()) << args.joinIntoString (" ");
-    }
-}
-
-TEST (RenderTool, AFailedWriteExitsOneAndLeavesNoFile)
-{
-    const auto run = runRenderer ({ "--note", "60:1:0:0.1", "--out", "/proc/morvane-cannot-write-here.wav" });
-    EXPECT_EQ (run.exitCode, 1) << run.output;
-    EXPECT_FALSE (juce::File ("/proc/morvane-cannot-write-here.wav").exists());
-}
-
 TEST (RenderTool, SettingsPresetChannelsAndLength)
 {
     TempDir tmp;
-    const auto preset = tmp.path ("p.xml");
-    juce::File (preset).replaceWithText (
+    const auto preset = tmp.write ("p.xml",
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<PARAMS>\n  <PARAM id=\"octave\" value=\"1\"/>\n"
         "  <PARAM id=\"outputGain\" value=\"-12.0\"/>\n  <PARAM id=\"unknownId\" value=\"3\"/>\n</PARAMS>\n");
     const auto out = tmp.path ("m.wav");
     // The preset sets -12 dB; the later --set wins with -20 dB.
-    const auto run = runRenderer ({ "--preset", preset, "--set", "outputGain=-20", "--note", "69:1:0:0.5",
-                                    "--channels", "1", "--seconds", "0.75", "--rate", "44100", "--block", "100" });
-    EXPECT_EQ (run.exitCode, 2); // no --out
-    const auto run2 = runRenderer ({ "--preset", preset, "--set", "outputGain=-20", "--note", "69:1:0:0.5",
-                                     "--channels", "1", "--seconds", "0.75", "--rate", "44100", "--block", "100",
-                                     "--out", out });
-    ASSERT_EQ (run2.exitCode, 0) << run2.output;
+    juce::StringArray args { "--preset", preset, "--set", "outputGain=-20", "--note", "69:1:0:0.5",
+                             "--channels", "1", "--seconds", "0.75", "--rate", "44100", "--block", "100" };
+    EXPECT_EQ (runRenderer (args).exitCode, 2); // no --out
+    args.addArray ({ "--out", out });
+    const auto run = runRenderer (args);
+    ASSERT_EQ (run.exitCode, 0) << run.output();
 
     auto reader = openWav (out);
     ASSERT_NE (reader, nullptr);
@@ -228,22 +207,15 @@ TEST (RenderTool, MidiFileTempoMapIsHonoured)
     track.addEvent (juce::MidiMessage::tempoMetaEvent (1000000), 480);
     track.addEvent (juce::MidiMessage::noteOn (1, 57, (juce::uint8) 100), 960);
     track.addEvent (juce::MidiMessage::noteOff (1, 57), 1200);
-    juce::MidiFile file;
-    file.setTicksPerQuarterNote (480);
-    file.addTrack (track);
     juce::MidiMessageSequence second;
     second.addEvent (juce::MidiMessage::noteOn (2, 60, (juce::uint8) 100), 1440);
     second.addEvent (juce::MidiMessage::noteOff (2, 60), 1500);
-    file.addTrack (second);
     const auto mid = tmp.path ("song.mid");
-    {
-        juce::FileOutputStream stream { juce::File (mid) };
-        ASSERT_TRUE (file.writeTo (stream));
-    }
+    ASSERT_TRUE (writeMidi (mid, { track, second }));
 
     const auto out = tmp.path ("song.wav");
     const auto run = runRenderer ({ "--midi", mid, "--out", out, "--tail", "0.5" });
-    ASSERT_EQ (run.exitCode, 0) << run.output;
+    ASSERT_EQ (run.exitCode, 0) << run.output();
     auto reader = openWav (out);
     ASSERT_NE (reader, nullptr);
     const auto audio = readAll (*reader);
@@ -258,30 +230,37 @@ TEST (RenderTool, BenchPrintsTheRealTimeFactor)
 {
     TempDir tmp;
     const auto run = runRenderer ({ "--note", "40:1:0:0.5", "--out", tmp.path ("b.wav"), "--bench" });
-    ASSERT_EQ (run.exitCode, 0) << run.output;
+    ASSERT_EQ (run.exitCode, 0) << run.output();
     const std::regex line (R"(rendered 1\.500 s of audio in [0-9.]+ s: [0-9.]+ x real time\s*)");
-    EXPECT_TRUE (std::regex_match (run.output.toStdString(), line)) << run.output;
+    EXPECT_TRUE (std::regex_match (run.output().toStdString(), line)) << run.output();
 }
 
-TEST (RenderTool, ARenderPastTheLengthLimitIsRefusedBeforeItStarts)
+// A render past the length limit is refused before it starts, like any other bad input.
+TEST (RenderTool, BadInputExitsTwoWithAMessageAndNoFile)
 {
     TempDir tmp;
+    const auto out = tmp.path ("bad.wav");
+    const auto notXml = tmp.write ("broken.xml", "<PARAMS><PARAM id="), wrongRoot = tmp.write ("root.xml", "<PRESET/>");
+    const auto notMidi = tmp.write ("x.mid", "hello");
     // A damaged delta time puts the note-off two hours away: 14400 beats at 120 bpm.
     juce::MidiMessageSequence track;
     track.addEvent (juce::MidiMessage::noteOn (1, 40, (juce::uint8) 100), 0);
     track.addEvent (juce::MidiMessage::noteOff (1, 40), 480.0 * 14400);
-    juce::MidiFile file;
-    file.setTicksPerQuarterNote (480);
-    file.addTrack (track);
     const auto mid = tmp.path ("long.mid");
-    {
-        juce::FileOutputStream stream { juce::File (mid) };
-        ASSERT_TRUE (file.writeTo (stream));
-    }
-    const auto out = tmp.path ("long.wav");
+    ASSERT_TRUE (writeMidi (mid, { track }));
 
     struct Case { juce::StringArray args; const char* says; };
     for (const auto& c : std::vector<Case> {
+             { { "--set", "noSuchParameter=1" }, "" },
+             { { "--set", "drive=abc" }, "" },
+             { { "--note", "69:1:0" }, "" },
+             { { "--rate", "5" }, "" },
+             { { "--block", "0" }, "" },
+             { { "--preset", tmp.path ("missing.xml") }, "" },
+             { { "--preset", notXml }, "" },
+             { { "--preset", wrongRoot }, "" },
+             { { "--midi", notMidi }, "" },
+             { { "--midi", tmp.path ("missing.mid") }, "" },
              { { "--midi", mid }, "'long.mid' asks for 7201.0 s of audio (last event at 7200.0 s plus 1.0 s of tail), "
                                   "more than the limit of 600.0 s; pass --max-seconds 7201 to allow it" },
              { { "--midi", mid, "--max-seconds", "7000" }, "more than the limit of 7000.0 s; pass --max-seconds 7201" },
@@ -291,44 +270,44 @@ TEST (RenderTool, ARenderPastTheLengthLimitIsRefusedBeforeItStarts)
         auto args = c.args;
         args.addArray ({ "--out", out });
         const auto run = runRenderer (args);
-        EXPECT_EQ (run.exitCode, 2) << run.output;
-        EXPECT_EQ (run.output.trim().indexOfChar ('\n'), -1) << "one line: " << run.output;
-        EXPECT_TRUE (run.output.contains (c.says)) << run.output;
+        SCOPED_TRACE (args.joinIntoString (" "));
+        EXPECT_EQ (run.exitCode, 2) << run.output();
+        EXPECT_TRUE (run.output().startsWith ("morvane-render: ")) << run.output();
+        EXPECT_EQ (run.output().trim().indexOfChar ('\n'), -1) << "one line: " << run.output();
+        EXPECT_TRUE (run.output().contains (c.says)) << run.output();
         EXPECT_FALSE (juce::File (out).exists());
     }
 
     // Within the limit it renders, and the events beyond the chosen length never sound.
     const auto run = runRenderer ({ "--midi", mid, "--seconds", "0.5", "--out", out });
-    ASSERT_EQ (run.exitCode, 0) << run.output;
+    ASSERT_EQ (run.exitCode, 0) << run.output();
     auto reader = openWav (out);
     ASSERT_NE (reader, nullptr);
     EXPECT_EQ (reader->lengthInSamples, 24000);
     EXPECT_GT (peak (readAll (*reader).getReadPointer (0), 24000), 0.1f);
 }
 
-TEST (RenderTool, AWriteThatFailsMidwayExitsOneAndRemovesThePartialFile)
+TEST (RenderTool, AFailedWriteExitsOneWithAMessageAndLeavesNoFile)
 {
     TempDir tmp;
-    const auto out = tmp.path ("cut.wav");
-    // A file size limit of 100 kB stops the writes part of the way through about 2 MB of audio.
-    const auto command = "trap '' XFSZ; ulimit -f 200; exec " + juce::String (MORVANE_RENDER_PATH).quoted()
-                         + " --note 40:1:0:4 --out " + out.quoted();
-    juce::ChildProcess process;
-    ASSERT_TRUE (process.start (juce::StringArray { "/bin/sh", "-c", command }, juce::ChildProcess::wantStdOut | juce::ChildProcess::wantStdErr));
-    const auto output = process.readAllProcessOutput();
-    process.waitForProcessToFinish (60000);
-    EXPECT_EQ (process.getExitCode(), 1u) << output;
-    EXPECT_TRUE (output.startsWith ("morvane-render: cannot write '" + out + "'")) << output;
-    EXPECT_EQ (output.trim().indexOfChar ('\n'), -1) << output;
-    EXPECT_FALSE (juce::File (out).exists());
+    // A file that cannot be opened, and one cut short: a file size limit of 100 kB stops the writes
+    // part of the way through about 2 MB of audio.
+    for (const auto& [out, before] : { std::pair { juce::String ("/proc/morvane-cannot-write-here.wav"), "" },
+                                       { tmp.path ("cut.wav"), "trap '' XFSZ; ulimit -f 200; " } })
+    {
+        const auto run = runRenderer ({ "--note", "40:1:0:4", "--out", out }, before);
+        EXPECT_EQ (run.exitCode, 1) << run.output();
+        EXPECT_TRUE (run.output().startsWith ("morvane-render: cannot write '" + out + "'")) << run.output();
+        EXPECT_EQ (run.output().trim().indexOfChar ('\n'), -1) << run.output();
+        EXPECT_FALSE (juce::File (out).exists());
+    }
 }
 
 TEST (RenderTool, APresetFileGivesTheIdentityOfAUserPreset)
 {
     TempDir tmp;
-    const auto named = tmp.path ("wobble.xml"), unnamed = tmp.path ("Dark Sub.xml");
-    juce::File (named).replaceWithText ("<PARAMS displayName=\"Wobble One\"><PARAM id=\"drive\" value=\"6\"/></PARAMS>");
-    juce::File (unnamed).replaceWithText ("<PARAMS><PARAM id=\"drive\" value=\"3\"/></PARAMS>");
+    const auto named = tmp.write ("wobble.xml", "<PARAMS displayName=\"Wobble One\"><PARAM id=\"drive\" value=\"6\"/></PARAMS>");
+    const auto unnamed = tmp.write ("Dark Sub.xml", "<PARAMS><PARAM id=\"drive\" value=\"3\"/></PARAMS>");
 
     struct Case { juce::String preset, name; juce::StringArray extra; const char* dirty; };
     for (const auto& c : std::vector<Case> { { named, "Wobble One", {}, "0" },
@@ -339,7 +318,7 @@ TEST (RenderTool, APresetFileGivesTheIdentityOfAUserPreset)
         juce::StringArray args { "--preset", c.preset, "--note", "40:1:0:0.1", "--out", tmp.path ("p.wav"), "--state-out", state };
         args.addArray (c.extra);
         const auto run = runRenderer (args);
-        ASSERT_EQ (run.exitCode, 0) << run.output;
+        ASSERT_EQ (run.exitCode, 0) << run.output();
 
         juce::MemoryBlock blob;
         juce::File (state).loadFileAsData (blob);
@@ -351,4 +330,68 @@ TEST (RenderTool, APresetFileGivesTheIdentityOfAUserPreset)
         EXPECT_EQ (ui->getStringAttribute ("presetSource"), "user:" + c.preset);
         EXPECT_EQ (ui->getStringAttribute ("presetDirty"), c.dirty) << c.extra.joinIntoString (" ");
     }
+}
+
+TEST (RenderFactory, ListsTheBankAndRefusesUnknownNamesWithCloseOnes)
+{
+    const auto list = runRenderer ({ "--list-factory" });
+    EXPECT_EQ (list.exitCode, 0);
+    const auto lines = juce::StringArray::fromLines (list.out.trim());
+    EXPECT_EQ (lines.size(), 68);
+    EXPECT_EQ (lines[0], "INIT\tinit clean\tinit_clean.xml");
+    EXPECT_TRUE (lines.contains (juce::String::fromUTF8 ("BASS \xc2\xb7 REESE\treese classic\treese_classic.xml\t*")));
+
+    TempDir tmp;
+    const auto unknown = runRenderer ({ "--factory", "reese clasic", "--out", tmp.path ("never.wav") });
+    EXPECT_EQ (unknown.exitCode, 2);
+    EXPECT_TRUE (unknown.err.contains ("reese classic")) << unknown.err;
+    EXPECT_FALSE (juce::File (tmp.path ("never.wav")).exists());
+}
+
+TEST (RenderFactory, ListsTheParametersInHostOrder)
+{
+    const auto list = runRenderer ({ "--list-parameters" });
+    EXPECT_EQ (list.exitCode, 0);
+    const auto lines = juce::StringArray::fromLines (list.out.trim());
+    MorvaneAudioProcessor processor;
+    const auto& parameters = processor.getParameters();
+    ASSERT_EQ (lines.size(), parameters.size());
+    EXPECT_EQ (lines.size(), 157);
+    for (int i = 0; i < parameters.size(); ++i)
+    {
+        const auto* ranged = dynamic_cast<const juce::RangedAudioParameter*> (parameters[i]);
+        ASSERT_NE (ranged, nullptr);
+        EXPECT_EQ (lines[i], juce::String (i) + "\t" + ranged->getParameterID() + "\t" + ranged->getName (1024));
+    }
+}
+
+TEST (RenderFactory, StateOutThenStateInReproducesTheRender)
+{
+    TempDir tmp;
+    const auto state = tmp.path ("acid.state"), first = tmp.path ("first.wav"), second = tmp.path ("second.wav");
+    const auto a = runRenderer ({ "--factory", "acid_diode_squelch.xml", "--set", "delayEnable=1", "--note", "45:1:0:0.5",
+                                  "--out", first, "--state-out", state });
+    ASSERT_EQ (a.exitCode, 0) << a.err;
+    ASSERT_TRUE (juce::File (state).existsAsFile());
+    const auto b = runRenderer ({ "--state-in", state, "--note", "45:1:0:0.5", "--out", second });
+    ASSERT_EQ (b.exitCode, 0) << b.err;
+
+    auto readerX = openWav (first), readerY = openWav (second);
+    ASSERT_TRUE (readerX != nullptr && readerY != nullptr);
+    const auto x = readAll (*readerX), y = readAll (*readerY);
+    ASSERT_EQ (x.getNumSamples(), y.getNumSamples());
+    for (int i = 0; i < x.getNumSamples(); ++i)
+        ASSERT_EQ (x.getSample (0, i), y.getSample (0, i)) << i;
+
+    juce::MemoryBlock blob;
+    juce::File (state).loadFileAsData (blob);
+    const auto xml = xmlFromStateBlob (blob.getData(), (int) blob.getSize());
+    ASSERT_NE (xml, nullptr);
+    const auto* ui = xml->getChildByName ("UISTATE");
+    ASSERT_NE (ui, nullptr);
+    EXPECT_EQ (ui->getStringAttribute ("presetName"), "acid diode squelch");
+    EXPECT_EQ (ui->getStringAttribute ("presetSource"), "factory:acid_diode_squelch.xml");
+    EXPECT_EQ (ui->getStringAttribute ("presetDirty"), "1"); // --set came after the preset
+
+    EXPECT_EQ (runRenderer ({ "--state-in", tmp.write ("bad.state", "no state here"), "--out", second }).exitCode, 2);
 }

@@ -413,7 +413,9 @@ TEST (CanvasPanels, EachControlReachesItsEndsAndNothingElseMoves)
             }
             for (auto& [id, value] : before)
                 if (std::find_if (c.ids.begin(), c.ids.end(), [&id] (const char* x) { return id == x; }) == c.ids.end())
+                {
                     EXPECT_EQ (state.getParameter (id)->getValue(), value) << name << " moved " << id;
+                }
         }
     }
 }

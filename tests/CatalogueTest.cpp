@@ -73,7 +73,9 @@ TEST (Catalogue, TheFactoryBankIsTheTable)
         for (const auto& t : tags)
             found += e->description.contains (t);
         if (e->xml != "init_clean.xml" && e->xml != "init_shape.xml")
+        {
             EXPECT_GE (found, 2);
+        }
 
         // Each document names the 76 common ids in init clean's order, then only the optional ones.
         const auto doc = loadFactoryDocument (e->xml);

@@ -55,10 +55,14 @@ TEST (FactoryBank, EveryPresetIsFiniteUnclippedAudibleAndLoudnessMatched)
         const auto& d = e->description;
         // A pluck or a short sound has died well away by the end of the held note.
         if (d.contains ("pluck") || d.contains ("short"))
+        {
             EXPECT_LT (levelDb (audio, 3.0, 3.5) - levelDb (audio, 2.0, 2.3), -12.0);
+        }
         // A pad or drone still stands at the end of it.
         if ((d.contains ("sustain") || d.contains ("drone")) && ! d.contains ("short"))
+        {
             EXPECT_GT (levelDb (audio, 3.0, 3.5) - levelDb (audio, 2.5, 3.0), -6.0);
+        }
     }
     EXPECT_LT (loudest - quietest, 10.0f);
 }
@@ -75,7 +79,9 @@ TEST (FactoryBank, NamesTellTheTruth)
 
             // Sub basses keep their energy at the bottom of the spectrum.
             if (category.id == "bass-sub" || e.xml == "init_sub.xml")
+            {
                 EXPECT_LT (whole.centroidHz, 150.0f);
+            }
 
             // Reese and wide patches differ between the sides.
             if (e.description.contains ("reese") && (e.description.contains ("wide") || e.description.contains ("stereo")))

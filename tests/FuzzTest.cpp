@@ -197,7 +197,7 @@ TEST (Fuzz, XmlThatTheFrameworkMisreadsIsRefusedBeforeItParses)
 {
     // A processing instruction inside an element hangs the framework's parser; an open hexadecimal
     // reference at the end makes it read past the text (found by the libFuzzer run).
-    for (const char* text : { "<P><??>M", "<PARAMS><?x?>text</PARAMS>", "<a>\n<?pi data?>\nmore</a>",
+    for (const char* text : { "<P><?" "?>M", "<PARAMS><?x?>text</PARAMS>", "<a>\n<?pi data?>\nmore</a>",
                               "<P a=\"0\">&#x0", "<P>&#x", "<P>&#12</P>", "<P>&#;</P>", "<P>&#x123456789;</P>" })
         EXPECT_EQ (parseXmlSafely (text), nullptr) << text;
     EXPECT_NE (parseXmlSafely ("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<PARAMS/>"), nullptr);
@@ -207,7 +207,7 @@ TEST (Fuzz, XmlThatTheFrameworkMisreadsIsRefusedBeforeItParses)
     juce::MemoryBlock blob;
     juce::AudioProcessor::copyXmlToBinary (juce::XmlElement ("PARAMS"), blob);
     EXPECT_NE (xmlFromStateBlob (blob.getData(), (int) blob.getSize()), nullptr);
-    const juce::String hostile ("<P><??>M");
+    const juce::String hostile ("<P><?" "?>M");
     juce::MemoryOutputStream wrapped;
     wrapped.writeInt (0x21324356);
     wrapped.writeInt (hostile.length());
@@ -254,7 +254,9 @@ TEST (Fuzz, StateBlobsNeverCrashTheProcessor)
             p.setStateInformation (wrapped.getData(), (int) wrapped.getDataSize());
         }
         if (i % 100 == 0)
+        {
             ASSERT_TRUE (rendersFinite (p)) << i;
+        }
         for (int cc = 0; cc < 128; ++cc)
         {
             const int binding = p.getControllerBinding (cc);
@@ -288,7 +290,9 @@ TEST (Fuzz, PresetDocumentsAndManifestsNeverCrash)
             ++parsedDocuments;
         }
         if (i % 100 == 0)
+        {
             ASSERT_TRUE (rendersFinite (p)) << i;
+        }
 
         const auto manifest = mutate (manifestText, rng);
         if (! isWellFormedUtf8 (manifest.data(), (int) manifest.size()))
@@ -364,7 +368,9 @@ TEST (Fuzz, MidiFilesAreRenderedOrRefusedNeverCrashOrStall)
             ASSERT_FALSE (wav.exists()) << "input " << i;
         }
         if (i < (int) seedFiles.size())
+        {
             ASSERT_EQ (code, render::exitOk) << "seed " << i << ": " << said;
+        }
     }
     const double total = std::chrono::duration<double> (std::chrono::steady_clock::now() - start).count();
     dir.deleteRecursively();

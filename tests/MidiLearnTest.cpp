@@ -54,7 +54,9 @@ TEST (MidiLearn, TheFirstControllerBindsAndActsAtOnceWithoutMarkingThePatch)
     const auto xml = juce::AudioProcessor::getXmlFromBinary (blob.getData(), (int) blob.getSize());
     for (auto* param : xml->getChildWithTagNameIterator ("PARAM"))
         if (param->getStringAttribute ("id") == "filterReso")
+        {
             EXPECT_FLOAT_EQ ((float) param->getDoubleAttribute ("value"), 0.0f);
+        }
 }
 
 TEST (MidiLearn, SkewedAndChoiceParametersFollowTheirRanges)

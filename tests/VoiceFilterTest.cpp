@@ -76,7 +76,9 @@ TEST (VoiceFilter, ResonancePeakGrowsWithResonance)
         }
         // The ladder and the diode ring clearly; the state model's delayed feedback stays gentle.
         if (model != VoiceFilter::state)
+        {
             EXPECT_GT (last, 2.0);
+        }
     }
 }
 

@@ -314,8 +314,6 @@ TEST (PdOscillator, DeferredWavesGiveTheBitsOfSingleSteps)
         {
             const int count = lengths[round % 6];
             PdOscillator::Run masterRun, slaveRun;
-            masterRun.begin();
-            slaveRun.begin();
             float expectedMaster[PdOscillator::Run::capacity], expectedSlave[PdOscillator::Run::capacity];
             float master[PdOscillator::Run::capacity], slave[PdOscillator::Run::capacity];
             for (int j = 0; j < count; ++j, ++steps)
@@ -358,7 +356,6 @@ TEST (SubOscillator, DeferredWavesGiveTheBitsOfSingleSteps)
         {
             const int count = round % 2 == 0 ? 32 : 11;
             PdOscillator::Run run;
-            run.begin();
             float expected[PdOscillator::Run::capacity], values[PdOscillator::Run::capacity];
             for (int j = 0; j < count; ++j)
             {

@@ -112,10 +112,11 @@ float PdOscillator::shapeAt (int w, float p, float dcw) const noexcept
 
 void PdOscillator::completeRun (const Run& run, float* values, int count) const noexcept
 {
-    if (! run.anyDeferred)
+    const int first = run.firstDeferred (count);
+    if (first == count)
         return;
     const int next = (wave + 1) % numWaves;
-    addWaveRun (run.forWave (wave, rmsGain, waveRmsGain()[(size_t) next]), values, count);
+    addWaveRun (run.forWave (wave, rmsGain, waveRmsGain()[(size_t) next], count, first), values, count);
 }
 
 float PdOscillator::step (bool audible, Run* run, int j) noexcept

@@ -69,34 +69,47 @@ struct PdOscillator
     {
         static constexpr int capacity = 32;
         float phase[capacity] {}, dcw[capacity] {}, morph[capacity] {};
-        int deferred[capacity] {}; // 0 or 1: an int, so that the wave pass vectorises
-        bool anyDeferred = false, anyMorph = false, dcwMoved = false;
+        int deferred[capacity] {}; // 0 or 1, written for every step: an int, so that the passes vectorise
 
-        void begin() noexcept { anyDeferred = anyMorph = dcwMoved = false; }
         void defer (int j, float p, float d, float m) noexcept
         {
             phase[j] = p;
             dcw[j] = d;
             morph[j] = m;
-            if (! anyDeferred)
-            {
-                heldDcw = d;
-                anyDeferred = true;
-            }
-            // Plain ors, not short circuits: no branch to mispredict on every step. The bits are
-            // compared: a DCW is never NaN, and 0 against -0 only costs the run its shortcut.
-            dcwMoved |= bitsOf (d) != bitsOf (heldDcw);
-            anyMorph |= m > 0.0f;
         }
-        // The run's steps for one wave, gain and next wave's gain.
-        WaveRun forWave (int wave, float gain, float nextGain) const noexcept
+        // The first deferred step of the first count, or count if there is none. A wave that
+        // never defers (the pulse) finds that out in one pass over the lanes.
+        int firstDeferred (int count) const noexcept
         {
-            return { wave, phase, dcw, morph, deferred, gain, nextGain, anyMorph, ! dcwMoved, heldDcw };
+            int any = 0;
+            for (int j = 0; j < count; ++j)
+                any |= deferred[j];
+            if (any == 0)
+                return count;
+            int first = 0;
+            while (deferred[first] == 0)
+                ++first;
+            return first;
+        }
+        // The run's first count steps for one wave, gain and next wave's gain, from its first
+        // deferred step. What the deferred steps share is gathered here in one pass over the
+        // lanes, not at every step; steps not deferred hold stale values and are masked out.
+        WaveRun forWave (int wave, float gain, float nextGain, int count, int first) const noexcept
+        {
+            // The bits are compared: a DCW is never NaN, and 0 against -0 only costs the run its
+            // shortcut.
+            const float heldDcw = dcw[first];
+            const std::uint32_t held = bitsOf (heldDcw);
+            int moved = 0, morphs = 0;
+            for (int j = 0; j < count; ++j)
+            {
+                moved |= deferred[j] & (int) (bitsOf (dcw[j]) != held);
+                morphs |= deferred[j] & (int) (morph[j] > 0.0f);
+            }
+            return { wave, phase, dcw, morph, deferred, gain, nextGain, morphs != 0, moved == 0, heldDcw };
         }
 
     private:
-        float heldDcw = 0.0f; // the DCW of the run's first deferred step
-
         static std::uint32_t bitsOf (float x) noexcept
         {
             std::uint32_t b;

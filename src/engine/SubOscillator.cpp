@@ -38,10 +38,11 @@ float SubOscillator::valueAt (float p) const noexcept
 
 void SubOscillator::completeRun (const PdOscillator::Run& run, float* values, int count) const noexcept
 {
-    if (! run.anyDeferred)
+    const int first = run.firstDeferred (count);
+    if (first == count)
         return;
     if (usePd)
-        addWaveRun (run.forWave (wave, rmsGain, 0.0f), values, count);
+        addWaveRun (run.forWave (wave, rmsGain, 0.0f, count, first), values, count);
     else
         addSineRun (run.phase, run.deferred, values, count);
 }

@@ -40,9 +40,6 @@ namespace
 void VoiceEngine::renderSources (int first, int end, bool controlsMove, float chunkSubRatio) noexcept
 {
     auto& g = sourceGroupState;
-    for (auto& run : g.runs)
-        run.begin();
-    g.subRun.begin();
     g.lockedSteps = {};
 
     for (int i = first; i < end; ++i)

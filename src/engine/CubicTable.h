@@ -13,7 +13,7 @@ template <int Intervals>
 struct CubicTable
 {
     float from = 0.0f, scale = 1.0f;
-    std::array<std::array<float, 4>, Intervals> cubics {};
+    std::array<std::array<float, 4>, (std::size_t) Intervals> cubics {};
 
     template <typename Fn>
     CubicTable (double lo, double hi, Fn&& f) noexcept
@@ -21,7 +21,7 @@ struct CubicTable
     {
         const double step = (hi - lo) / Intervals;
         // One point beyond each end for the cubic; the points are those a float table would hold.
-        std::array<double, Intervals + 3> p {};
+        std::array<double, (std::size_t) Intervals + 3> p {};
         for (int i = 0; i < (int) p.size(); ++i)
             p[(size_t) i] = (double) (float) f (lo + (i - 1) * step);
         for (size_t i = 0; i < (size_t) Intervals; ++i)

@@ -36,8 +36,9 @@ std::unique_ptr<juce::Component> SingleCanvasView::makePanel (Panel panel)
         case amp: return std::make_unique<widgets::AmpEnvelopePanel> (processor.getParameterTree());
         case drive: return std::make_unique<widgets::DriveCard> (processor.getParameterTree(), processor);
         case lfo:
-        default: return std::make_unique<widgets::LfoCard> (processor.getParameterTree(), processor);
+        case panelCount: break;
     }
+    return std::make_unique<widgets::LfoCard> (processor.getParameterTree(), processor);
 }
 
 SingleCanvasView::SingleCanvasView (MorvaneAudioProcessor& p) : processor (p)

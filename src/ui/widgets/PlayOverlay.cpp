@@ -220,8 +220,8 @@ void PlayOverlay::paint (juce::Graphics& g)
 {
     SectionFrame::paint (g);
     using ostrel::widgets::paletteColour;
-    const auto content = getLocalBounds().reduced (16);
-    const auto top = content.withHeight (22);
+    const auto inner = getLocalBounds().reduced (16);
+    const auto top = inner.withHeight (22);
     ostrel::widgets::drawRoleText (g, 1, "PERFORMANCE", top.withTrimmedRight (52), paletteColour (6), 33);
     ostrel::widgets::drawRoleText (g, 4, juce::String (phraseGrid.getStepCount()) + juce::String (juce::CharPointer_UTF8 (" STEPS  \xc2\xb7  C MAJOR")),
                                    top.withTrimmedRight (52), paletteColour (8), 34);

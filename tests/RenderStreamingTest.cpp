@@ -117,8 +117,11 @@ TEST (RenderStreaming, ALongRenderShowsProgressOnATerminal)
 {
     const auto out = tempWav ("morvane-progress");
     int exitCode = -1;
-    // A high rate makes the render slow enough to pass the half second of quiet on a fast machine.
-    const auto drawn = runOnTerminal ({ "--note", "40:1:0:60", "--seconds", "60", "--rate", "96000", "--out", out.getFullPathName() },
+    // A high rate and every heavy stage make the render slow enough to pass the half second of
+    // quiet on a fast machine (the default patch alone renders a minute at 96 kHz in about that).
+    const auto drawn = runOnTerminal ({ "--note", "40:1:0:60", "--seconds", "60", "--rate", "96000", "--set", "drive=12",
+                                        "--set", "mbdEnable=1", "--set", "modFxEnable=1", "--set", "delayEnable=1",
+                                        "--set", "reverbEnable=1", "--out", out.getFullPathName() },
                                       exitCode);
     EXPECT_EQ (exitCode, 0) << drawn;
     // Redrawn in place, then ended once at 100 %.

@@ -85,6 +85,16 @@ int firstSoundingSample (const juce::AudioBuffer<float>& b, int from)
             return i;
     return -1;
 }
+
+// The UISTATE of a saved state file, or null.
+std::unique_ptr<juce::XmlElement> uiStateIn (const juce::String& stateFile)
+{
+    juce::MemoryBlock blob;
+    juce::File (stateFile).loadFileAsData (blob);
+    const auto xml = xmlFromStateBlob (blob.getData(), (int) blob.getSize());
+    const auto* ui = xml != nullptr ? xml->getChildByName ("UISTATE") : nullptr;
+    return ui != nullptr ? std::make_unique<juce::XmlElement> (*ui) : nullptr;
+}
 }
 
 TEST (RenderOptions, ParsesAFullCommandLine)
@@ -320,11 +330,7 @@ TEST (RenderTool, APresetFileGivesTheIdentityOfAUserPreset)
         const auto run = runRenderer (args);
         ASSERT_EQ (run.exitCode, 0) << run.output();
 
-        juce::MemoryBlock blob;
-        juce::File (state).loadFileAsData (blob);
-        const auto xml = xmlFromStateBlob (blob.getData(), (int) blob.getSize());
-        ASSERT_NE (xml, nullptr);
-        const auto* ui = xml->getChildByName ("UISTATE");
+        const auto ui = uiStateIn (state);
         ASSERT_NE (ui, nullptr);
         EXPECT_EQ (ui->getStringAttribute ("presetName"), c.name);
         EXPECT_EQ (ui->getStringAttribute ("presetSource"), "user:" + c.preset);
@@ -383,11 +389,7 @@ TEST (RenderFactory, StateOutThenStateInReproducesTheRender)
     for (int i = 0; i < x.getNumSamples(); ++i)
         ASSERT_EQ (x.getSample (0, i), y.getSample (0, i)) << i;
 
-    juce::MemoryBlock blob;
-    juce::File (state).loadFileAsData (blob);
-    const auto xml = xmlFromStateBlob (blob.getData(), (int) blob.getSize());
-    ASSERT_NE (xml, nullptr);
-    const auto* ui = xml->getChildByName ("UISTATE");
+    const auto ui = uiStateIn (state);
     ASSERT_NE (ui, nullptr);
     EXPECT_EQ (ui->getStringAttribute ("presetName"), "acid diode squelch");
     EXPECT_EQ (ui->getStringAttribute ("presetSource"), "factory:acid_diode_squelch.xml");

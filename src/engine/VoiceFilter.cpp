@@ -53,36 +53,6 @@ CutoffCoefficients VoiceFilter::coefficientsFor (float hz, double oversampledRat
     return c;
 }
 
-void VoiceFilter::applyCutoff (const CutoffCoefficients& c) noexcept
-{
-    stageGains = c.stages;
-    diodeModel.lowCoefficient = c.lowCoefficient;
-    if (c.centre != phaseModel.centre)
-    {
-        phaseModel.centre = c.centre;
-        phaseModel.stale = true;
-    }
-}
-
-void VoiceFilter::setResonance (float reso) noexcept
-{
-    ladderModel.k = reso * 3.95f;
-    diodeModel.k = reso * 4.2f;
-    stateModel.k = reso * 0.95f;
-    phaseModel.k = reso * 0.95f;
-}
-
-void VoiceFilter::setPhaseControls (float mix, float notch, float octaveOffset) noexcept
-{
-    phaseModel.mix = mix;
-    phaseModel.notch = notch;
-    if (std::abs (octaveOffset - phaseModel.octaveOffset) >= 0.00001f)
-    {
-        phaseModel.octaveOffset = octaveOffset;
-        phaseModel.stale = true;
-    }
-}
-
 void VoiceFilter::changeModel (int newModel) noexcept
 {
     newModel = std::clamp (newModel, 0, (int) numModels - 1);

@@ -177,6 +177,37 @@ inline float PhaseModel::process (float x) noexcept
     return (wet - x) * mix + x;
 }
 
+// Inline: with the cut-off moving, the voice hands them over on every host sample.
+inline void VoiceFilter::applyCutoff (const CutoffCoefficients& c) noexcept
+{
+    stageGains = c.stages;
+    diodeModel.lowCoefficient = c.lowCoefficient;
+    if (c.centre != phaseModel.centre)
+    {
+        phaseModel.centre = c.centre;
+        phaseModel.stale = true;
+    }
+}
+
+inline void VoiceFilter::setResonance (float reso) noexcept
+{
+    ladderModel.k = reso * 3.95f;
+    diodeModel.k = reso * 4.2f;
+    stateModel.k = reso * 0.95f;
+    phaseModel.k = reso * 0.95f;
+}
+
+inline void VoiceFilter::setPhaseControls (float mix, float notch, float octaveOffset) noexcept
+{
+    phaseModel.mix = mix;
+    phaseModel.notch = notch;
+    if (std::abs (octaveOffset - phaseModel.octaveOffset) >= 0.00001f)
+    {
+        phaseModel.octaveOffset = octaveOffset;
+        phaseModel.stale = true;
+    }
+}
+
 // Forced inline: the fade's second call site would otherwise keep it out of line, and with it
 // every step's filter.
 __attribute__ ((always_inline)) inline float VoiceFilter::runModel (int m, float x) noexcept

@@ -287,7 +287,7 @@ TEST (MultibandDrive, OffOrAtMixZeroIsAPlainWireAndItsFiltersStandStill)
     m.mix = 1.0f;
     for (int i = 0; i < 100; ++i)
         m.process (std::sin (0.05f * (float) i));
-    const float history = m.lowCrossover.sections[0].y1.get (0);
+    const float history = m.lowCrossover.sections[0].y1[0];
 
     for (auto [enabled, mix] : { std::pair { false, 1.0f }, std::pair { true, 0.0f } })
     {
@@ -295,7 +295,7 @@ TEST (MultibandDrive, OffOrAtMixZeroIsAPlainWireAndItsFiltersStandStill)
         m.mix = mix;
         for (float x : { 0.3f, -0.7f, 1.5f })
             EXPECT_EQ (m.process (x), x);
-        EXPECT_EQ (m.lowCrossover.sections[0].y1.get (0), history);
+        EXPECT_EQ (m.lowCrossover.sections[0].y1[0], history);
     }
 }
 

@@ -34,18 +34,11 @@ void Crossover::design() noexcept
     lowB1 = (1.0f - c) * n;
     highB0 = highB2 = (1.0f + c) * 0.5f * n;
     highB1 = -(1.0f + c) * n;
-    const auto pair = [] (float low, float high)
-    {
-        alignas (16) float lanes[Lanes::size()] {};
-        lanes[0] = low;
-        lanes[1] = high;
-        return Lanes::fromRawArray (lanes);
-    };
-    b0Lanes = pair (lowB0, highB0);
-    b1Lanes = pair (lowB1, highB1);
-    b2Lanes = pair (lowB2, highB2);
-    a1Lanes = Lanes::expand (a1);
-    a2Lanes = Lanes::expand (a2);
+    b0Lanes = Lanes { lowB0, highB0, 0.0f, 0.0f };
+    b1Lanes = Lanes { lowB1, highB1, 0.0f, 0.0f };
+    b2Lanes = Lanes { lowB2, highB2, 0.0f, 0.0f };
+    a1Lanes = Lanes { a1, a1, a1, a1 };
+    a2Lanes = Lanes { a2, a2, a2, a2 };
 }
 
 void MultibandDrive::prepare (double oversampledRate) noexcept

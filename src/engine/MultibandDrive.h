@@ -1,8 +1,7 @@
 #pragma once
 
 #include "engine/DriveShaper.h"
-
-#include <juce_dsp/juce_dsp.h>
+#include "engine/FastMath.h"
 
 #include <array>
 
@@ -14,7 +13,7 @@ namespace morvane
 // the instructions.
 struct Crossover
 {
-    using Lanes = juce::dsp::SIMDRegister<float>;
+    using Lanes = fast::Lanes;
 
     // Direct-form history of one section, both sides.
     struct Section
@@ -35,9 +34,9 @@ struct Crossover
     void setFrequency (float hz) noexcept;
     void process (float x, float& low, float& high) noexcept
     {
-        const auto y = run (sections[1], run (sections[0], Lanes::expand (x)));
-        low = y.get (0);
-        high = y.get (1);
+        const auto y = run (sections[1], run (sections[0], Lanes { x, x, x, x }));
+        low = y[0];
+        high = y[1];
     }
 
 private:

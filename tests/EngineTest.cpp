@@ -306,3 +306,49 @@ TEST (Engine, FilterEnvelopeOpensTheCutoffScaledByVelocity)
     EXPECT_GT (fullEnvelope, noEnvelope * 100.0); // 1.6 kHz cut-off against 100 Hz
     EXPECT_NEAR (velocityIgnored, fullEnvelope, fullEnvelope * 0.02);
 }
+
+TEST (HalfBandDecimator, IsTheFrameworksDownwardFilterBitForBit)
+{
+    // Blocks of uneven length, then silence long enough for the states to fall below the size
+    // they snap to zero at.
+    const int blocks[] = { 1, 7, 64, 513, 3, 300, 300, 300, 300 };
+    int total = 0;
+    for (int b : blocks)
+        total += b;
+
+    juce::dsp::Oversampling<float> reference (2, 1, juce::dsp::Oversampling<float>::filterHalfBandPolyphaseIIR, true, false);
+    reference.initProcessing (1024);
+    reference.reset();
+    juce::AudioBuffer<float> hostRate (2, 1024);
+    hostRate.clear();
+    juce::dsp::AudioBlock<float> upFrom (hostRate);
+    auto twice = reference.processSamplesUp (upFrom);
+
+    HalfBandDecimator decimator;
+    decimator.prepare();
+    EXPECT_GE (decimator.pairCount(), 2);
+
+    juce::Random random (11);
+    std::vector<float> over[2], ours[2];
+    for (int c = 0; c < 2; ++c)
+    {
+        over[c].resize ((size_t) (2 * total));
+        for (size_t i = 0; i < over[c].size(); ++i)
+            over[c][i] = i < 2 * 600 ? random.nextFloat() * 2.0f - 1.0f : 0.0f;
+        ours[c].resize ((size_t) total);
+    }
+
+    int at = 0;
+    for (int b : blocks)
+    {
+        for (int c = 0; c < 2; ++c)
+            std::copy_n (over[c].data() + 2 * at, 2 * b, twice.getChannelPointer ((size_t) c));
+        juce::dsp::AudioBlock<float> down (hostRate.getArrayOfWritePointers(), 2, (size_t) b);
+        reference.processSamplesDown (down);
+        decimator.process (over[0].data() + 2 * at, over[1].data() + 2 * at, ours[0].data() + at, ours[1].data() + at, b);
+        for (int c = 0; c < 2; ++c)
+            for (int i = 0; i < b; ++i)
+                ASSERT_EQ (ours[c][(size_t) (at + i)], hostRate.getSample (c, i)) << "channel " << c << ", sample " << at + i;
+        at += b;
+    }
+}

@@ -112,6 +112,7 @@ void VoiceEngine::prepare (double newSampleRate, int maximumBlockSize)
         2, 1, juce::dsp::Oversampling<float>::filterHalfBandPolyphaseIIR, true, false);
     oversampler->initProcessing ((size_t) maxChunk);
     oversampler->reset();
+    decimator.prepare();
     dryBuffer.setSize (2, maxChunk, false, true, false);
     // The upward path only lends the block the voice is written into. On silence from a reset
     // state it leaves its filters at 0, so one pass here gives the block for good.

@@ -5,6 +5,7 @@
 #include "engine/DriveShaper.h"
 #include "engine/EngineLfo.h"
 #include "engine/EngineParameters.h"
+#include "engine/HalfBandDecimator.h"
 #include "engine/ModMatrix.h"
 #include "engine/MultibandDrive.h"
 #include "engine/NoiseSource.h"
@@ -200,7 +201,9 @@ private:
 
     juce::Random noteRandomGenerator { 0x51A7E11 };
 
+    // Lends the 2x block and tells the latency; its downward filter runs as `decimator`.
     std::unique_ptr<juce::dsp::Oversampling<float>> oversampler;
+    HalfBandDecimator decimator;
     juce::AudioBuffer<float> dryBuffer;
     std::array<float*, 2> oversampledChannels {};
     std::vector<float> gainBuffer, noisePostLeft, noisePostRight;

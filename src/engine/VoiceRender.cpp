@@ -180,8 +180,8 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
     if (chainLocked)
         copyChainToRight();
 
-    juce::dsp::AudioBlock<float> dryBlock (dryBuffer.getArrayOfWritePointers(), 2, (size_t) n);
-    oversampler->processSamplesDown (dryBlock);
+    decimator.process (oversampledChannels[0], oversampledChannels[1], dryBuffer.getWritePointer (0),
+                       dryBuffer.getWritePointer (1), n);
     outputStage (buffer, start, n);
 
     for (S s : { S::filterAttack, S::filterDecay, S::filterSustain, S::filterRelease })

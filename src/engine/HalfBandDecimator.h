@@ -12,25 +12,20 @@ namespace morvane
 // same bits.
 struct HalfBandDecimator
 {
-    // Takes the all-pass coefficients of the framework's maximum-quality 2x design.
+    // The framework's maximum-quality 2x design has three all-pass stages on each path.
+    static constexpr int stages = 3;
+
+    // Takes the coefficients of that design.
     void prepare() noexcept;
     void reset() noexcept;
 
     // Two samples of each 2x-rate channel in, one sample of each host-rate channel out.
     void process (const float* overLeft, const float* overRight, float* left, float* right, int numSamples) noexcept;
 
-    int pairCount() const noexcept { return pairs; }
-
 private:
     using Lanes = fast::Lanes;
-    static constexpr int maxPairs = 8;
 
-    std::array<Lanes, maxPairs> alphas {}, states {};
-    int pairs = 0;
-    // The direct path has one stage more than the delayed one when the count is odd.
-    bool extraDirect = false;
-    float extraAlpha = 0.0f;
-    std::array<float, 2> extraStates {};
+    std::array<Lanes, stages> alphas {}, states {};
     std::array<float, 2> delayed {};
 };
 }

@@ -1,4 +1,4 @@
-#include "HalfBandDecimator.h"
+#include "engine/HalfBandDecimator.h"
 
 #include <juce_dsp/juce_dsp.h>
 

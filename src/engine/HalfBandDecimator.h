@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FastMath.h"
+#include "engine/FastMath.h"
 
 #include <array>
 

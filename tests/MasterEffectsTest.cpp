@@ -461,3 +461,40 @@ TEST (MasterEffects, RunningStretchesGivesTheSamplesOfTheSampleChain)
         EXPECT_EQ (r, wantR) << "mode " << mode;
     }
 }
+
+// The reverb runs its stages over runs of samples; at every rate and predelay, and over stretches
+// of uneven lengths, that must give the bits of its one-sample step.
+TEST (PlateReverb, RunsOfSamplesGiveTheBitsOfTheSampleStep)
+{
+    for (double r2 : { 1000.0, 8000.0, 22050.0, 48000.0, 192000.0 })
+        for (float predelayMs : { 0.0f, 0.4f, 200.0f })
+        {
+            auto make = [&]
+            {
+                PlateReverb v;
+                v.prepare (r2);
+                v.enabled = true;
+                v.mix = 0.7f;
+                v.setDecay (0.9f);
+                v.setPredelayMs (predelayMs);
+                return v;
+            };
+            auto bySample = make(), byRun = make();
+            std::mt19937 rng (5);
+            std::uniform_real_distribution<float> dist (-1.0f, 1.0f);
+            const int length = (int) (r2 * 0.5) + 3000;
+            std::vector<float> l ((size_t) length), r ((size_t) length);
+            for (size_t i = 0; i < l.size(); ++i)
+                l[i] = dist (rng), r[i] = i % 3 == 0 ? dist (rng) : 0.0f;
+            auto wantL = l, wantR = r;
+            for (size_t i = 0; i < l.size(); ++i)
+                bySample.process (wantL[i], wantR[i]);
+            for (int start = 0, n = 1; start < length; start += n, n = n * 7 % 613 + 1)
+            {
+                n = std::min (n, length - start);
+                byRun.process (l.data() + start, r.data() + start, n);
+            }
+            EXPECT_EQ (l, wantL) << r2 << " Hz, predelay " << predelayMs;
+            EXPECT_EQ (r, wantR) << r2 << " Hz, predelay " << predelayMs;
+        }
+}

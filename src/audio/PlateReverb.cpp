@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
+#include <utility>
 
 namespace morvane
 {
@@ -17,6 +19,63 @@ namespace
         line.buffer.assign ((size_t) juce::nextPowerOfTwo (delay + room), 0.0f);
         line.mask = (int) line.buffer.size() - 1;
         line.writeIndex = 0;
+    }
+
+    // n samples of a power-of-two ring from index `from` on, any int, the wrap taken by the mask.
+    void readRing (const std::vector<float>& ring, int mask, int from, float* out, int n) noexcept
+    {
+        const int start = from & mask;
+        const int first = std::min (n, mask + 1 - start);
+        std::copy_n (ring.data() + start, first, out);
+        std::copy_n (ring.data(), n - first, out + first);
+    }
+
+    void writeRing (std::vector<float>& ring, int mask, int from, const float* in, int n) noexcept
+    {
+        const int start = from & mask;
+        const int first = std::min (n, mask + 1 - start);
+        std::copy_n (in, first, ring.data() + start);
+        std::copy_n (in + first, n - first, ring.data());
+    }
+
+    // One output tap over a run: the line's samples from the tap's place after the run's first
+    // sample on, added or taken away.
+    struct TapRun
+    {
+        const std::vector<float>* buffer;
+        int mask, from, sign;
+    };
+
+    template <typename Line>
+    TapRun tapOf (const Line& line, int offset, int n, int sign = 1) noexcept
+    {
+        return { &line.buffer, line.mask, line.writeIndex - n + 1 - offset, sign };
+    }
+
+    void sumTaps (float* wet, int n, std::initializer_list<TapRun> terms) noexcept
+    {
+        float tap[PlateReverb::maximumRun];
+        bool first = true;
+        for (const auto& t : terms)
+        {
+            readRing (*t.buffer, t.mask, t.from, first ? wet : tap, n);
+            if (! first && t.sign > 0)
+                for (int i = 0; i < n; ++i)
+                    wet[i] += tap[i];
+            else if (! first)
+                for (int i = 0; i < n; ++i)
+                    wet[i] -= tap[i];
+            first = false;
+        }
+    }
+
+    // A plain delay line over a run: each sample is written, and what stood delay - 1 samples
+    // before it is read back. Those reads all come from before the run.
+    void delayRun (DelayLine& line, const float* in, float* out, int n) noexcept
+    {
+        readRing (line.buffer, line.mask, line.writeIndex + 1 - line.delay, out, n);
+        writeRing (line.buffer, line.mask, line.writeIndex, in, n);
+        line.writeIndex = (line.writeIndex + n) & line.mask;
     }
 }
 
@@ -40,6 +99,20 @@ __attribute__ ((always_inline)) inline float AllpassLine::processModulated (floa
     buffer[(size_t) writeIndex] = v;
     writeIndex = (writeIndex + 1) & mask;
     return v * coefficient + d;
+}
+
+void AllpassLine::processRun (float* x, int n) noexcept
+{
+    float d[PlateReverb::maximumRun], v[PlateReverb::maximumRun];
+    readRing (buffer, mask, writeIndex - delay, d, n);
+    const float c = coefficient;
+    for (int i = 0; i < n; ++i)
+    {
+        v[i] = x[i] - d[i] * c;
+        x[i] = v[i] * c + d[i];
+    }
+    writeRing (buffer, mask, writeIndex, v, n);
+    writeIndex = (writeIndex + n) & mask;
 }
 
 int PlateReverb::scaled (int length) const noexcept
@@ -78,6 +151,25 @@ void PlateReverb::prepare (double rate)
     constexpr int tapLengths[] = { 266, 2974, 1913, 1996, 1990, 187, 1066, 353, 3627, 1228, 2673, 2111, 335, 121 };
     for (size_t i = 0; i < taps.size(); ++i)
         taps[i] = scaled (tapLengths[i]);
+
+    run = maximumRun;
+    for (const auto& d : diffusers)
+        run = std::min (run, d.delay);
+    const int modulationRoom = (int) std::ceil (rateRatio * 8.0f) + 2;
+    for (const auto& tank : tanks)
+        run = std::min ({ run, tank.allpass1.delay, tank.delay1.delay - 1, tank.allpass2.delay - modulationRoom, tank.delay2.delay - 1 });
+    // A tap read after a whole run must find what it would have found after its own sample.
+    constexpr int tapLines[] = { 1, 1, 1, 1, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1 };
+    constexpr int tapStages[] = { 1, 1, 2, 3, 1, 2, 3, 1, 1, 2, 3, 1, 2, 3 };
+    for (size_t i = 0; i < taps.size(); ++i)
+    {
+        const auto& tank = tanks[(size_t) tapLines[i]];
+        const int size = (int) (tapStages[i] == 1 ? tank.delay1.buffer.size()
+                                                  : tapStages[i] == 2 ? tank.allpass2.buffer.size() : tank.delay2.buffer.size());
+        run = std::min (run, size - taps[i]);
+    }
+    if (run < minimumRun)
+        run = 1;
 
     bandwidthCoefficient = bandwidth * 0.995f + 0.005f;
     dampingCoefficient = 1.0f - damping * 0.95f;
@@ -195,10 +287,141 @@ void PlateReverb::process (float& left, float& right) noexcept
         step (left, right);
 }
 
+// The tank over a run: the same steps as tankStep, stage after stage. Its output was read before.
+void PlateReverb::tankRun (Tank& tank, float* x, const float* excursions, int n) noexcept
+{
+    tank.allpass1.processRun (x, n);
+    float b[maximumRun];
+    delayRun (tank.delay1, x, b, n);
+
+    float damped[maximumRun];
+    float state = tank.dampingState;
+    for (int i = 0; i < n; ++i)
+    {
+        state += (b[i] - state) * dampingCoefficient;
+        damped[i] = state * decay;
+    }
+    tank.dampingState = state;
+
+    auto& line = tank.allpass2;
+    float d[maximumRun];
+    for (int i = 0; i < n; ++i)
+    {
+        const float pos = (float) ((line.writeIndex + i) & line.mask) - ((float) line.delay + excursions[i]);
+        const float whole = std::floor (pos);
+        const int k = (int) whole & line.mask;
+        const float a = line.buffer[(size_t) k];
+        d[i] = a + (line.buffer[(size_t) ((k + 1) & line.mask)] - a) * (pos - whole);
+    }
+    float v[maximumRun], e[maximumRun];
+    const float c = line.coefficient;
+    for (int i = 0; i < n; ++i)
+    {
+        v[i] = damped[i] - d[i] * c;
+        e[i] = v[i] * c + d[i];
+    }
+    writeRing (line.buffer, line.mask, line.writeIndex, v, n);
+    line.writeIndex = (line.writeIndex + n) & line.mask;
+
+    writeRing (tank.delay2.buffer, tank.delay2.mask, tank.delay2.writeIndex, e, n);
+    tank.delay2.writeIndex = (tank.delay2.writeIndex + n) & tank.delay2.mask;
+}
+
+// A run of samples, stage after stage: each sample meets the same operations in the same order as
+// in step, so the output is the same to the bit. Stages whose samples do not wait for one another
+// (the diffusers, the lines, the taps) then run in vector lanes.
+void PlateReverb::processRun (float* left, float* right, int n) noexcept
+{
+    float mono[maximumRun], x[maximumRun];
+    for (int i = 0; i < n; ++i)
+        mono[i] = (left[i] + right[i]) * 0.5f;
+    // Reads of the predelay reach back before the run, or into the run's own input.
+    const int old = std::min (n, predelaySamples);
+    readRing (predelayLine, predelayMask, predelayWrite - predelaySamples, x, old);
+    for (int i = old; i < n; ++i)
+        x[i] = mono[i - predelaySamples];
+    writeRing (predelayLine, predelayMask, predelayWrite, mono, n);
+    predelayWrite = (predelayWrite + n) & predelayMask;
+
+    float lowpass = inputLowpass;
+    for (int i = 0; i < n; ++i)
+    {
+        lowpass += (x[i] - lowpass) * bandwidthCoefficient;
+        x[i] = lowpass;
+    }
+    inputLowpass = lowpass;
+    for (auto& d : diffusers)
+        d.processRun (x, n);
+
+    // What each tank gives out over the run stood in its last line before the run.
+    float out1[maximumRun], out2[maximumRun];
+    for (auto [tank, out] : { std::pair { &tanks[0], out1 }, std::pair { &tanks[1], out2 } })
+    {
+        const auto& line = tank->delay2;
+        readRing (line.buffer, line.mask, line.writeIndex + 1 - line.delay, out, n);
+        for (int i = 0; i < n; ++i)
+            out[i] *= decay;
+    }
+    float in1[maximumRun], in2[maximumRun];
+    in1[0] = x[0] + decay * feedbackToFirst;
+    in2[0] = x[0] + decay * feedbackToSecond;
+    for (int i = 1; i < n; ++i)
+    {
+        in1[i] = x[i] + decay * out2[i - 1];
+        in2[i] = x[i] + decay * out1[i - 1];
+    }
+    feedbackToSecond = out1[n - 1];
+    feedbackToFirst = out2[n - 1];
+
+    float phases[maximumRun], excursion1[maximumRun], excursion2[maximumRun];
+    const float increment = 6.2831855f / (float) sampleRate;
+    for (int i = 0; i < n; ++i)
+    {
+        lfoPhase += increment;
+        if (lfoPhase >= 6.2831855f)
+            lfoPhase -= 6.2831855f;
+        phases[i] = lfoPhase;
+    }
+    const float depth = rateRatio * 8.0f;
+    for (int i = 0; i < n; ++i)
+    {
+        excursion1[i] = fast::sin (phases[i]) * depth;
+        excursion2[i] = fast::sin (phases[i] + 2.094f) * depth;
+    }
+
+    tankRun (tanks[0], in1, excursion1, n);
+    tankRun (tanks[1], in2, excursion2, n);
+
+    // Each tap as a run, read after the run's writes, summed in the order of step's sums.
+    const auto& A = tanks[0];
+    const auto& B = tanks[1];
+    float wetLeft[maximumRun], wetRight[maximumRun];
+    sumTaps (wetLeft, n, { tapOf (B.delay1, taps[0], n), tapOf (B.delay1, taps[1], n), tapOf (B.allpass2, taps[2], n, -1),
+                           tapOf (B.delay2, taps[3], n), tapOf (A.delay1, taps[4], n, -1), tapOf (A.allpass2, taps[5], n, -1),
+                           tapOf (A.delay2, taps[6], n, -1) });
+    sumTaps (wetRight, n, { tapOf (A.delay1, taps[7], n), tapOf (A.delay1, taps[8], n), tapOf (A.allpass2, taps[9], n, -1),
+                            tapOf (A.delay2, taps[10], n), tapOf (B.delay1, taps[11], n, -1), tapOf (B.allpass2, taps[12], n, -1),
+                            tapOf (B.delay2, taps[13], n, -1) });
+
+    const float wetShare = mix;
+    for (int i = 0; i < n; ++i)
+    {
+        left[i] += (0.6f * wetLeft[i] - left[i]) * wetShare;
+        right[i] += (0.6f * wetRight[i] - right[i]) * wetShare;
+    }
+}
+
 void PlateReverb::process (float* left, float* right, int numSamples) noexcept
 {
-    if (active())
+    if (! active())
+        return;
+    if (run == 1)
+    {
         for (int i = 0; i < numSamples; ++i)
             step (left[i], right[i]);
+        return;
+    }
+    for (int start = 0; start < numSamples; start += run)
+        processRun (left + start, right + start, std::min (run, numSamples - start));
 }
 }

@@ -18,6 +18,8 @@ struct AllpassLine
     // Reads at delay + excursion, interpolated: the tank's slowly moving all-pass.
     float processModulated (float x, float excursion) noexcept;
     float tap (int offset) const noexcept { return buffer[(std::size_t) ((writeIndex - offset) & mask)]; }
+    // The same over a run of n <= delay samples, in place: every read then comes from before the run.
+    void processRun (float* x, int n) noexcept;
 };
 
 struct DelayLine
@@ -68,6 +70,11 @@ struct PlateReverb
     float feedbackToFirst = 0.0f, feedbackToSecond = 0.0f;
     // The fourteen output tap offsets, scaled once in prepare.
     std::array<int, 14> taps {};
+    // The longest run of samples that can go through one stage after another rather than one
+    // sample at a time: shorter than every line's delay, so no read of a run waits for a write of
+    // the same run. Below minimumRun (at very low rates) the samples go one at a time.
+    static constexpr int maximumRun = 64, minimumRun = 8;
+    int run = 1;
 
     void prepare (double rate);
     void reset() noexcept;
@@ -85,6 +92,8 @@ struct PlateReverb
 
 private:
     void step (float& left, float& right) noexcept;
+    void processRun (float* left, float* right, int n) noexcept;
+    void tankRun (Tank& tank, float* x, const float* excursions, int n) noexcept;
     int scaled (int length) const noexcept;
     float tankStep (Tank& tank, float input, float excursion) noexcept;
 };

@@ -237,6 +237,30 @@ TEST (NoiseSource, StaysInRangeAndTheTwoSeedsDiffer)
     }
 }
 
+// The voice draws both sides at once, as lanes: each side must give the bits of its own source,
+// through colour changes that leave the filters' state where it stood.
+TEST (NoiseSource, ThePairGivesTheBitsOfTwoSources)
+{
+    NoiseSource a, b;
+    a.prepare (44100.0, 0xA1B2C3D4u);
+    b.prepare (44100.0, 0xD4C3B2A1u);
+    NoisePair pair;
+    pair.prepare (44100.0, 0xA1B2C3D4u, 0xD4C3B2A1u);
+    for (int colour : { NoiseSource::pink, NoiseSource::brown, NoiseSource::white, NoiseSource::pink, NoiseSource::brown })
+    {
+        a.setColour (colour);
+        b.setColour (colour);
+        pair.setColour (colour);
+        for (int i = 0; i < 20000; ++i)
+        {
+            const auto both = pair.next();
+            const float x = a.next(), y = b.next();
+            ASSERT_EQ (both.left, x) << "colour " << colour << ", draw " << i;
+            ASSERT_EQ (both.right, y) << "colour " << colour << ", draw " << i;
+        }
+    }
+}
+
 TEST (Crossover, ThreeBandsSumToTheInputMagnitude)
 {
     constexpr double rate = 96000.0;

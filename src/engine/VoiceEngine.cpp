@@ -68,8 +68,7 @@ void VoiceEngine::prepare (double newSampleRate, int maximumBlockSize)
 
     for (auto& sub : subs)
         sub.prepare (overRate);
-    noise[Side::left].prepare (sampleRate, 0xA1B2C3D4u);
-    noise[Side::right].prepare (sampleRate, 0xD4C3B2A1u);
+    noise.prepare (sampleRate, 0xA1B2C3D4u, 0xD4C3B2A1u);
 
     for (auto& bank : shaperBanks)
         for (auto& shaper : bank)

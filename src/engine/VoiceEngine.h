@@ -72,7 +72,7 @@ public:
 
     // Left and right; the two subs always share phase and increment.
     std::array<SubOscillator, 2> subs;
-    std::array<NoiseSource, 2> noise;
+    NoisePair noise;
 
     // Two banks of one shaper and one filter per side; the second runs only while the drive
     // position fades, warming up the new order before the banks swap.

@@ -147,8 +147,9 @@ void VoiceEngine::renderSources (int first, int end, bool controlsMove, float ch
         gainBuffer[(size_t) i] = c.outGain * ampEnvValue * c.ampFactor;
         // Silent noise draws nothing, so a patch without noise pays nothing for it.
         const bool noiseHeard = c.noiseHeard;
-        noisePostLeft[(size_t) i] = noiseHeard ? noise[Side::left].next() * c.noisePostGain : 0.0f;
-        noisePostRight[(size_t) i] = noiseHeard ? noise[Side::right].next() * c.noisePostGain : 0.0f;
+        const auto post = noiseHeard ? noise.next() : NoisePair::Pair {};
+        noisePostLeft[(size_t) i] = noiseHeard ? post.left * c.noisePostGain : 0.0f;
+        noisePostRight[(size_t) i] = noiseHeard ? post.right * c.noisePostGain : 0.0f;
         const float gain1 = c.gain1, gain2 = c.gain2, gainSub = c.gainSub;
         const float preGain = c.noisePreGain, send = c.send, postShare = c.postShare;
 
@@ -183,8 +184,9 @@ void VoiceEngine::renderSources (int first, int end, bool controlsMove, float ch
             stepPair (1, audible2);
             g.gain1[(size_t) q] = gain1;
             g.gain2[(size_t) q] = gain2;
-            g.noiseLeft[(size_t) q] = noiseHeard ? noise[Side::left].next() * preGain : 0.0f;
-            g.noiseRight[(size_t) q] = noiseHeard ? noise[Side::right].next() * preGain : 0.0f;
+            const auto pre = noiseHeard ? noise.next() : NoisePair::Pair {};
+            g.noiseLeft[(size_t) q] = noiseHeard ? pre.left * preGain : 0.0f;
+            g.noiseRight[(size_t) q] = noiseHeard ? pre.right * preGain : 0.0f;
 
             // The two subs share phase and increment by construction, so one is computed.
             g.subValues[(size_t) q] = subs[Side::left].processDeferring (gainSub != 0.0f, g.subRun, q);

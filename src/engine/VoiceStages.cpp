@@ -18,8 +18,7 @@ void VoiceEngine::applyStageSettingsAtNote() noexcept
         for (auto& shaper : bank)
             shaper.setModeNow (driveMode);
 
-    for (auto& n : noise)
-        n.setColour (params.index (P::noiseColour));
+    noise.setColour (params.index (P::noiseColour));
 
     drivePosition = previousDrivePosition = std::clamp (params.index (P::drivePosition), 0, 1);
     positionFadeCounter = 0;
@@ -34,8 +33,7 @@ void VoiceEngine::updateStageSettings() noexcept
     for (auto& sub : subs)
         sub.setShape (pd, subWave);
 
-    for (auto& n : noise)
-        n.setColour (params.index (P::noiseColour));
+    noise.setColour (params.index (P::noiseColour));
 
     const int driveMode = std::clamp (params.index (P::driveMode), 0, (int) DriveShaper::numModes - 1);
     if (driveMode != shaperBanks[0][left].mode)

@@ -8,14 +8,14 @@
 namespace morvane
 {
 // Fourth-order Linkwitz-Riley split: two Butterworth sections in series on each side. The low and
-// the high side share their poles and their input, so they run as two lanes of one vector (low in
-// lane 0, high in lane 1): the same operations in the same order as two plain biquads, for half
-// the instructions.
+// the high output share their poles and their input, and the two sides share the coefficients, so
+// one vector carries all four: left low, left high, right low, right high. The same operations in
+// the same order as four plain biquads, for a quarter of the instructions.
 struct Crossover
 {
     using Lanes = fast::Lanes;
 
-    // Direct-form history of one section, both sides.
+    // Direct-form history of one section, all four lanes.
     struct Section
     {
         Lanes x1 {}, x2 {}, y1 {}, y2 {};
@@ -32,12 +32,20 @@ struct Crossover
     void prepare (double rate) noexcept;
     // Redesigns only on a move of 0.01 Hz or more.
     void setFrequency (float hz) noexcept;
+
+    // One side: x in, its low and high parts out.
     void process (float x, float& low, float& high) noexcept
     {
-        const auto y = run (sections[1], run (sections[0], Lanes { x, x, x, x }));
+        const auto y = split (Lanes { x, x, x, x });
         low = y[0];
         high = y[1];
     }
+
+    // Both sides: { left, left, right, right } in, { left low, left high, right low, right high } out.
+    Lanes split (Lanes x) noexcept { return run (sections[1], run (sections[0], x)); }
+
+    // The right lanes take the left's history.
+    void copyLeftToRight() noexcept;
 
 private:
     void design() noexcept;
@@ -53,7 +61,8 @@ private:
     }
 };
 
-// Three bands, each through its own shaper, blended with the dry signal. One per side.
+// Three bands, each through its own shaper, blended with the dry signal; both sides in one record,
+// their splits side by side in the crossovers' lanes.
 struct MultibandDrive
 {
     enum Band { low, mid, high, numBands };
@@ -62,12 +71,28 @@ struct MultibandDrive
     bool enabled = false;
     float mix = 1.0f;
     Crossover lowCrossover, highCrossover;
-    std::array<DriveShaper, numBands> bands;
+    std::array<DriveShaper, numBands> bands;      // the left side's, or the one side's
+    std::array<DriveShaper, numBands> rightBands; // the right side's
 
     void prepare (double oversampledRate) noexcept;
-    float process (float x) noexcept { return enabled && mix > 0.0f ? processBands (x) : x; }
+    bool running() const noexcept { return enabled && mix > 0.0f; }
+
+    // One side alone (the left lanes).
+    float process (float x) noexcept { return running() ? processBands (x) : x; }
+
+    // Both sides. While rightAsLeft, the right side's input is the left's and its shapers stand
+    // for the left's: the right output is the left's, and the right shapers stand still.
+    void process (float& left, float& right, bool rightAsLeft) noexcept
+    {
+        if (running())
+            processBands (left, right, rightAsLeft);
+    }
+
+    void copyLeftToRight() noexcept;
+    bool sidesEqual() const noexcept;
 
 private:
     float processBands (float x) noexcept;
+    void processBands (float& left, float& right, bool rightAsLeft) noexcept;
 };
 }

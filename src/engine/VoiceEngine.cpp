@@ -81,8 +81,7 @@ void VoiceEngine::prepare (double newSampleRate, int maximumBlockSize)
     feedbackSamples = {};
     toneStates = {};
 
-    for (auto& m : multiband)
-        m.prepare (overRate);
+    multiband.prepare (overRate);
     // The right side starts as a bit copy of the left, so that it compares equal while it runs alike.
     copyChainToRight();
     chainLocked = false;

@@ -89,7 +89,7 @@ public:
     std::array<float, 2> feedbackSamples {};
     std::array<float, 2> toneStates {};
 
-    std::array<MultibandDrive, 2> multiband;
+    MultibandDrive multiband; // both sides
     std::array<ModFx, 2> modFx;
     std::array<PostEq, 2> postEqs;
 

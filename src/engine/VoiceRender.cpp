@@ -103,7 +103,7 @@ void VoiceEngine::copyChainToRight() noexcept
         copyBits (bank[Side::right], bank[Side::left]);
     for (auto& bank : filterBanks)
         copyBits (bank[Side::right], bank[Side::left]);
-    copyBits (multiband[Side::right], multiband[Side::left]);
+    multiband.copyLeftToRight();
     toneStates[Side::right] = toneStates[Side::left];
     feedbackSamples[Side::right] = feedbackSamples[Side::left];
 }
@@ -111,7 +111,7 @@ void VoiceEngine::copyChainToRight() noexcept
 bool VoiceEngine::chainSidesEqual() const noexcept
 {
     bool equal = sameBits (mixBlockers[Side::right], mixBlockers[Side::left])
-              && sameBits (multiband[Side::right], multiband[Side::left])
+              && multiband.sidesEqual()
               && sameBits (toneStates[Side::right], toneStates[Side::left])
               && sameBits (feedbackSamples[Side::right], feedbackSamples[Side::left]);
     for (size_t b = 0; b < 2 && equal; ++b)
@@ -262,11 +262,14 @@ void VoiceEngine::renderChain (int first, int end, int leftMode) noexcept
                 auto& tone = toneStates[(size_t) side];
                 tone = std::clamp (tone + (x - tone) * toneCoefficient, -feedbackLimit, feedbackLimit);
                 feedbackSamples[(size_t) side] = tone;
-                return multiband[(size_t) side].process (x) + posts[j];
+                return x;
             };
-            const float l = chain (Side::left, overLeft[j]);
-            overRight[j] = chainLocked ? l : chain (Side::right, overRight[j]);
-            overLeft[j] = l;
+            // Both sides meet in the multiband drive, whose splits run side by side.
+            float l = chain (Side::left, overLeft[j]);
+            float r = chainLocked ? l : chain (Side::right, overRight[j]);
+            multiband.process (l, r, chainLocked);
+            overLeft[j] = l + posts[j];
+            overRight[j] = r + posts[j];
 
             if (positionFading && --positionFadeCounter == 0)
                 finishDrivePositionFade();

@@ -109,11 +109,8 @@ void VoiceEngine::updateMultiband (int voiceDriveMode, const ChainSums& chainSum
     const float lowHz = std::clamp (lowCross.getNextValue(), 60.0f, 600.0f);
     const float highHz = std::clamp (highCross.getNextValue(), 800.0f, 8000.0f);
 
-    for (auto& m : multiband)
-    {
-        m.enabled = enabled;
-        m.mix = mix;
-    }
+    multiband.enabled = enabled;
+    multiband.mix = mix;
     // A bypassed multiband runs no band, so its settings can wait until it is heard; the smoothers
     // above have moved on all the same.
     if (! enabled || mix <= 0.0f)
@@ -127,19 +124,16 @@ void VoiceEngine::updateMultiband (int voiceDriveMode, const ChainSums& chainSum
                                                            [] (float d) { return std::pow (10.0f, d * 0.05f); });
         // "follow" takes the voice drive's mode; the others are soft, diode, fold.
         const int bandMode = modeParameters[b] <= 0 ? voiceDriveMode : std::min (modeParameters[b] - 1, 2);
-        for (auto& m : multiband)
+        for (auto* side : { &multiband.bands, &multiband.rightBands })
         {
-            auto& shaper = m.bands[(size_t) b];
+            auto& shaper = (*side)[(size_t) b];
             shaper.gain = gain;
             if (bandMode != shaper.mode)
                 shaper.changeMode (bandMode);
         }
     }
 
-    for (auto& m : multiband)
-    {
-        m.lowCrossover.setFrequency (lowHz);
-        m.highCrossover.setFrequency (highHz);
-    }
+    multiband.lowCrossover.setFrequency (lowHz);
+    multiband.highCrossover.setFrequency (highHz);
 }
 }

@@ -36,6 +36,13 @@ void EqSection::design (Kind kind, double frequency, double q, double gainA) noe
     m0 = (float) c0;
     m1 = (float) c1;
     m2 = (float) c2;
+    const auto lanes = [] (float v) { return Lanes { v, v, v, v }; };
+    a1Lanes = lanes (a1);
+    a2Lanes = lanes (a2);
+    a3Lanes = lanes (a3);
+    m0Lanes = lanes (m0);
+    m1Lanes = lanes (m1);
+    m2Lanes = lanes (m2);
 }
 
 void PostEq::prepare (double hostRate) noexcept
@@ -89,16 +96,5 @@ void PostEq::designShelves() noexcept
 void PostEq::designNotch() noexcept
 {
     notch.design (EqSection::peak, std::max ((double) notchHz, 10.0), 4.0, std::pow (10.0, notchDepth * -18.0 / 40.0));
-}
-
-float PostEq::process (float x) noexcept
-{
-    if (! enabled)
-        return x;
-    if (std::abs (tilt) > 0.01f)
-        x = highShelf.process (lowShelf.process (x));
-    if (notchDepth > 0.001f)
-        x = notch.process (x);
-    return x;
 }
 }

@@ -1,34 +1,44 @@
 #pragma once
 
+#include "engine/FastMath.h"
+
+#include <cmath>
+
 namespace morvane
 {
 // One EQ section as a trapezoidal state-variable filter. Its response is that of the cookbook
 // biquad of the same kind, but its state is two integrators, so a notch or shelf that jumps under
-// modulation does not ring up the way a direct-form history does.
+// modulation does not ring up the way a direct-form history does. The two sides share the
+// coefficients and run as lanes of one vector: left in lane 0, right in lane 1.
 struct EqSection
 {
+    using Lanes = fast::Lanes;
+
     double sampleRate = 44100.0;
     float a1 = 1.0f, a2 = 0.0f, a3 = 0.0f;
     float m0 = 1.0f, m1 = 0.0f, m2 = 0.0f;
-    float ic1eq = 0.0f, ic2eq = 0.0f;
+    Lanes ic1eq {}, ic2eq {};
 
     enum Kind { lowShelf, highShelf, peak };
     // gainA is the cookbook's A = 10^(dB / 40).
     void design (Kind kind, double frequency, double q, double gainA) noexcept;
-    void clear() noexcept { ic1eq = ic2eq = 0.0f; }
+    void clear() noexcept { ic1eq = ic2eq = Lanes {}; }
 
-    float process (float v0) noexcept
+    Lanes process (Lanes v0) noexcept
     {
-        const float v3 = v0 - ic2eq;
-        const float v1 = a1 * ic1eq + a2 * v3;
-        const float v2 = ic2eq + a2 * ic1eq + a3 * v3;
+        const Lanes v3 = v0 - ic2eq;
+        const Lanes v1 = a1Lanes * ic1eq + a2Lanes * v3;
+        const Lanes v2 = ic2eq + a2Lanes * ic1eq + a3Lanes * v3;
         ic1eq = 2.0f * v1 - ic1eq;
         ic2eq = 2.0f * v2 - ic2eq;
-        return m0 * v0 + m1 * v1 + m2 * v2;
+        return m0Lanes * v0 + m1Lanes * v1 + m2Lanes * v2;
     }
+
+private:
+    Lanes a1Lanes {}, a2Lanes {}, a3Lanes {}, m0Lanes {}, m1Lanes {}, m2Lanes {};
 };
 
-// Host-rate tilt (two shelves around a pivot) and a peaking notch. One per side.
+// Host-rate tilt (two shelves around a pivot) and a peaking notch, for both sides.
 struct PostEq
 {
     bool enabled = false;
@@ -42,7 +52,26 @@ struct PostEq
     void setTilt (float dB) noexcept;
     void setNotch (float hz, float depth) noexcept;
 
-    float process (float x) noexcept;
+    // One side alone.
+    float process (float x) noexcept { return process (EqSection::Lanes { x, x, x, x })[0]; }
+    // Both sides.
+    void process (float& left, float& right) noexcept
+    {
+        const auto y = process (EqSection::Lanes { left, right, 0.0f, 0.0f });
+        left = y[0];
+        right = y[1];
+    }
+
+    EqSection::Lanes process (EqSection::Lanes x) noexcept
+    {
+        if (! enabled)
+            return x;
+        if (std::abs (tilt) > 0.01f)
+            x = highShelf.process (lowShelf.process (x));
+        if (notchDepth > 0.001f)
+            x = notch.process (x);
+        return x;
+    }
 
 private:
     void designShelves() noexcept;

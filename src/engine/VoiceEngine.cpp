@@ -85,8 +85,7 @@ void VoiceEngine::prepare (double newSampleRate, int maximumBlockSize)
     // The right side starts as a bit copy of the left, so that it compares equal while it runs alike.
     copyChainToRight();
     chainLocked = false;
-    for (auto& eq : postEqs)
-        eq.prepare (sampleRate);
+    postEq.prepare (sampleRate);
     for (auto& unit : modFx)
         unit.prepare (sampleRate);
     modFx[Side::left].lfoOffset = 0.0f;

@@ -91,7 +91,7 @@ public:
 
     MultibandDrive multiband; // both sides
     std::array<ModFx, 2> modFx;
-    std::array<PostEq, 2> postEqs;
+    PostEq postEq; // both sides
 
     EngineLfo lfo;
     SmoothRandom smoothRandom;

@@ -16,15 +16,12 @@ void VoiceEngine::applyOutputControls (const OutputControls& controls) noexcept
         unit.feedback = controls.fxFeedback;
         unit.mix = controls.fxMix;
     }
-    for (auto& eq : postEqs)
+    postEq.enabled = controls.eqEnabled;
+    // A disabled EQ filters nothing, so it is designed when it comes back.
+    if (postEq.enabled)
     {
-        eq.enabled = controls.eqEnabled;
-        // A disabled EQ filters nothing, so it is designed when it comes back.
-        if (eq.enabled)
-        {
-            eq.setTilt (controls.tilt);
-            eq.setNotch (controls.notchHz, controls.notchDepth);
-        }
+        postEq.setTilt (controls.tilt);
+        postEq.setNotch (controls.notchHz, controls.notchDepth);
     }
 }
 
@@ -54,8 +51,7 @@ void VoiceEngine::outputStage (juce::AudioBuffer<float>& buffer, int start, int 
         if (chainSteps[(size_t) i].controlsUpdated)
             applyOutputControls (outputControls[(size_t) i]);
         ModFx::processPair (modFx[Side::left], modFx[Side::right], l, r);
-        l = postEqs[Side::left].process (l);
-        r = postEqs[Side::right].process (r);
+        postEq.process (l, r);
 
         l *= g;
         r *= g;

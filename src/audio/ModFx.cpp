@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace morvane
 {
@@ -134,10 +135,93 @@ void ModFx::processActivePair (ModFx& leftUnit, ModFx& rightUnit, float& left, f
     right = rightUnit.step (right);
 }
 
+// Two phasers whose glides keep in step, as the two lanes of one vector: each lane meets the
+// operations of phaserStep in the same order, so each side gives the bits of its own unit. A
+// stage's last input is the last output of the stage before it, so five vectors hold the chain.
+void ModFx::phaserPairRun (ModFx& a, ModFx& b, float* left, float* right, int numSamples) noexcept
+{
+    using fast::Lanes;
+    const auto pair = [] (float x, float y) { return Lanes { x, y, 0.0f, 0.0f }; };
+    Lanes chain[5];
+    chain[0] = pair (a.stages[0].lastInput, b.stages[0].lastInput);
+    for (size_t k = 0; k < a.stages.size(); ++k)
+        chain[k + 1] = pair (a.stages[k].lastOutput, b.stages[k].lastOutput);
+    Lanes last = pair (a.phaserLast, b.phaserLast);
+    const Lanes feedback = pair (a.feedback, b.feedback), mix = pair (a.mix, b.mix);
+    const float incrementA = a.rateHz * 6.2831855f / (float) a.sampleRate;
+    const float incrementB = b.rateHz * 6.2831855f / (float) b.sampleRate;
+
+    for (int i = 0; i < numSamples;)
+    {
+        if (a.cornerCountdown <= 0)
+        {
+            a.nextGlide();
+            b.nextGlide();
+        }
+        // One stretch of a glide, with every value in a register.
+        const int count = std::min (numSamples - i, a.cornerCountdown);
+        Lanes c0 = pair (a.stages[0].coefficient, b.stages[0].coefficient), s0 = pair (a.cornerStep[0], b.cornerStep[0]);
+        Lanes c1 = pair (a.stages[1].coefficient, b.stages[1].coefficient), s1 = pair (a.cornerStep[1], b.cornerStep[1]);
+        Lanes c2 = pair (a.stages[2].coefficient, b.stages[2].coefficient), s2 = pair (a.cornerStep[2], b.cornerStep[2]);
+        Lanes c3 = pair (a.stages[3].coefficient, b.stages[3].coefficient), s3 = pair (a.cornerStep[3], b.cornerStep[3]);
+        Lanes x0 = chain[0], y0 = chain[1], y1 = chain[2], y2 = chain[3], y3 = chain[4];
+        float phaseA = a.lfoPhase, phaseB = b.lfoPhase;
+        for (int end = i + count; i < end; ++i)
+        {
+            const Lanes input = pair (left[i], right[i]);
+            const Lanes x = feedback * last + input;
+            const Lanes z0 = c0 * x + x0 - c0 * y0;
+            const Lanes z1 = c1 * z0 + y0 - c1 * y1;
+            const Lanes z2 = c2 * z1 + y1 - c2 * y2;
+            const Lanes z3 = c3 * z2 + y2 - c3 * y3;
+            x0 = x, y0 = z0, y1 = z1, y2 = z2, y3 = z3;
+            c0 += s0, c1 += s1, c2 += s2, c3 += s3;
+            last = z3;
+            const Lanes wet = z3 + input;
+            const Lanes out = (wet - input) * mix + input;
+            left[i] = out[0];
+            right[i] = out[1];
+
+            phaseA += incrementA;
+            if (phaseA >= 6.2831855f)
+                phaseA -= 6.2831855f;
+            phaseB += incrementB;
+            if (phaseB >= 6.2831855f)
+                phaseB -= 6.2831855f;
+        }
+        a.lfoPhase = phaseA;
+        b.lfoPhase = phaseB;
+        a.cornerCountdown -= count;
+        b.cornerCountdown -= count;
+        const Lanes coefficients[] = { c0, c1, c2, c3 };
+        for (size_t k = 0; k < a.stages.size(); ++k)
+        {
+            a.stages[k].coefficient = coefficients[k][0];
+            b.stages[k].coefficient = coefficients[k][1];
+        }
+        chain[0] = x0, chain[1] = y0, chain[2] = y1, chain[3] = y2, chain[4] = y3;
+    }
+
+    for (auto [unit, lane] : { std::pair { &a, 0 }, std::pair { &b, 1 } })
+    {
+        for (size_t k = 0; k < unit->stages.size(); ++k)
+        {
+            unit->stages[k].lastInput = chain[k][lane];
+            unit->stages[k].lastOutput = chain[k + 1][lane];
+        }
+        unit->phaserLast = last[lane];
+    }
+}
+
 void ModFx::processPair (ModFx& leftUnit, ModFx& rightUnit, float* left, float* right, int numSamples) noexcept
 {
     if (leftUnit.active() && rightUnit.active())
     {
+        if (leftUnit.mode == phaser && rightUnit.mode == phaser && leftUnit.cornerCountdown == rightUnit.cornerCountdown)
+        {
+            phaserPairRun (leftUnit, rightUnit, left, right, numSamples);
+            return;
+        }
         for (int i = 0; i < numSamples; ++i)
         {
             left[i] = leftUnit.step (left[i]);

@@ -98,6 +98,7 @@ private:
     }
     float processActive (float input) noexcept;
     static void processActivePair (ModFx& leftUnit, ModFx& rightUnit, float& left, float& right) noexcept;
+    static void phaserPairRun (ModFx& leftUnit, ModFx& rightUnit, float* left, float* right, int numSamples) noexcept;
     float step (float input) noexcept;
     float phaserStep (float input) noexcept;
     void nextGlide() noexcept;

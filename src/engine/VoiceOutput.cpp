@@ -27,13 +27,34 @@ void VoiceEngine::applyOutputControls (const OutputControls& controls) noexcept
 
 void VoiceEngine::outputStage (juce::AudioBuffer<float>& buffer, int start, int n) noexcept
 {
-    const float* dryLeft = dryBuffer.getReadPointer (0);
-    const float* dryRight = dryBuffer.getReadPointer (1);
     const int channels = buffer.getNumChannels();
     float* outLeft = channels > 0 ? buffer.getWritePointer (0, start) : nullptr;
     float* outRight = channels > 1 ? buffer.getWritePointer (1, start) : nullptr;
     if (outLeft == nullptr)
         return;
+
+    // The voice with the post noise, then Mod FX and the post EQ over each run of samples whose
+    // controls stand, then gain, blockers and mono low: each sample meets the same steps in the
+    // same order as in one pass a sample at a time.
+    float* wetLeft = dryBuffer.getWritePointer (0);
+    float* wetRight = dryBuffer.getWritePointer (1);
+    for (int i = 0; i < n; ++i)
+    {
+        wetLeft[i] += noisePostLeft[(size_t) i];
+        wetRight[i] += noisePostRight[(size_t) i];
+    }
+    for (int i = 0; i < n;)
+    {
+        if (chainSteps[(size_t) i].controlsUpdated)
+            applyOutputControls (outputControls[(size_t) i]);
+        int end = i + 1;
+        while (end < n && ! chainSteps[(size_t) end].controlsUpdated)
+            ++end;
+        ModFx::processPair (modFx[Side::left], modFx[Side::right], wetLeft + i, wetRight + i, end - i);
+        for (int k = i; k < end; ++k)
+            postEq.process (wetLeft[k], wetRight[k]);
+        i = end;
+    }
 
     for (int i = 0; i < n; ++i)
     {
@@ -45,14 +66,8 @@ void VoiceEngine::outputStage (juce::AudioBuffer<float>& buffer, int start, int 
             g *= (3.0f - 2.0f * t) * t * t;
         }
 
-        float l = dryLeft[i] + noisePostLeft[(size_t) i];
-        float r = dryRight[i] + noisePostRight[(size_t) i];
-
-        if (chainSteps[(size_t) i].controlsUpdated)
-            applyOutputControls (outputControls[(size_t) i]);
-        ModFx::processPair (modFx[Side::left], modFx[Side::right], l, r);
-        postEq.process (l, r);
-
+        float l = wetLeft[i];
+        float r = wetRight[i];
         l *= g;
         r *= g;
 

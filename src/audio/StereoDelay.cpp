@@ -98,10 +98,72 @@ void StereoDelay::process (float& left, float& right) noexcept
         step (left, right);
 }
 
+// The two sides always get the same time, so their smoothed times stay equal to the bit: one read
+// position serves both lines, and the two sides' filters run as two lanes of one vector. Each
+// lane meets the operations of step in the same order.
+void StereoDelay::sharedTimeRun (float* left, float* right, int numSamples) noexcept
+{
+    using fast::Lanes;
+    const auto pair = [] (float x, float y) { return Lanes { x, y, 0.0f, 0.0f }; };
+    float current = currentLeft;
+    const float target = targetLeft;
+    Lanes tone = pair (toneLeft, toneRight), dcInput = pair (dcInputLeft, dcInputRight), dcOutput = pair (dcOutputLeft, dcOutputRight);
+    const float* readLeft = lineLeft.data();
+    const float* readRight = lineRight.data();
+    // Ping-pong crosses what is written: the left line takes the right side's input and feedback.
+    float* writeFirst = pingPong ? lineRight.data() : lineLeft.data();
+    float* writeSecond = pingPong ? lineLeft.data() : lineRight.data();
+    // Held apart from the members, which the lines' stores might otherwise overwrite for all the
+    // compiler knows.
+    const float timeShare = smoothing, toneShare = toneCoefficient, dcShare = dcCoefficient;
+    const float loop = feedback, wetShare = mix;
+    const int wrap = mask;
+    int write = writeIndex;
+
+    for (int i = 0; i < numSamples; ++i)
+    {
+        current += (target - current) * timeShare;
+        const int whole = (int) current;
+        const float fraction = current - (float) whole;
+        const int newer = (write - whole) & wrap;
+        const int older = (newer - 1) & wrap;
+        const Lanes a = pair (readLeft[newer], readRight[newer]);
+        const Lanes tap = a + (pair (readLeft[older], readRight[older]) - a) * fraction;
+
+        tone += (tap - tone) * toneShare;
+        const Lanes y = (tone + dcOutput - dcInput) * dcShare;
+        dcInput = tone;
+        dcOutput = y;
+        const Lanes feed = fast::tanh (y);
+
+        const Lanes input = pair (left[i], right[i]);
+        const Lanes written = input + loop * feed;
+        writeFirst[write] = written[0];
+        writeSecond[write] = written[1];
+        write = (write + 1) & wrap;
+
+        const Lanes out = input + (tap - input) * wetShare;
+        left[i] = out[0];
+        right[i] = out[1];
+    }
+
+    writeIndex = write;
+    currentLeft = currentRight = current;
+    toneLeft = tone[0], toneRight = tone[1];
+    dcInputLeft = dcInput[0], dcInputRight = dcInput[1];
+    dcOutputLeft = dcOutput[0], dcOutputRight = dcOutput[1];
+}
+
 void StereoDelay::process (float* left, float* right, int numSamples) noexcept
 {
-    if (active())
-        for (int i = 0; i < numSamples; ++i)
-            step (left[i], right[i]);
+    if (! active())
+        return;
+    if (currentLeft == currentRight && targetLeft == targetRight)
+    {
+        sharedTimeRun (left, right, numSamples);
+        return;
+    }
+    for (int i = 0; i < numSamples; ++i)
+        step (left[i], right[i]);
 }
 }

@@ -37,5 +37,6 @@ struct StereoDelay
 private:
     float read (const std::vector<float>& line, float delay) const noexcept;
     void step (float& left, float& right) noexcept;
+    void sharedTimeRun (float* left, float* right, int numSamples) noexcept;
 };
 }

@@ -159,8 +159,6 @@ void VoiceEngine::updateChainControls (int leftMode, const ChainSums& chainSums)
         std::clamp (sm (S::phaseStereo).getNextValue(), 0.0f, 1.0f)
     };
 
-    updateMultiband (leftMode, chainSums);
-
     // Feedback.
     c.feedbackGain = std::clamp (sm (S::feedback).getNextValue() + chainSums.feedback, 0.0f, 1.0f) * 0.35f;
     c.toneCoefficient = toneCache.get (sm (S::feedbackTone).getNextValue(), [this] (float tone)

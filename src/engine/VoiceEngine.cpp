@@ -85,6 +85,8 @@ void VoiceEngine::prepare (double newSampleRate, int maximumBlockSize)
     // The right side starts as a bit copy of the left, so that it compares equal while it runs alike.
     copyChainToRight();
     chainLocked = false;
+    multiband.copyLeftToRight();
+    multibandLocked = false;
     postEq.prepare (sampleRate);
     for (auto& unit : modFx)
         unit.prepare (sampleRate);

@@ -334,6 +334,13 @@ private:
     // sides get the same signal and hold the same state; the lock is tried once a chunk.
     bool chainLocked = false;
     bool chainCheckDue = true;
+    // The multiband drive runs behind the chain's loop, over the whole group, since nothing in the
+    // loop waits for it. It keeps its own lock: its right side stands still while the chain's
+    // sides were locked at a step and its own sides hold the same bytes.
+    std::array<bool, sourceGroup> chainLockedSteps {};
+    bool multibandLocked = false;
+    bool multibandCheckDue = true;
+    void renderMultiband (int first, int end, int leftMode) noexcept;
     std::array<CachedExp, 3> bandGainCaches;
     int makeupCacheMode = -1;
 };

@@ -103,7 +103,6 @@ void VoiceEngine::copyChainToRight() noexcept
         copyBits (bank[Side::right], bank[Side::left]);
     for (auto& bank : filterBanks)
         copyBits (bank[Side::right], bank[Side::left]);
-    multiband.copyLeftToRight();
     toneStates[Side::right] = toneStates[Side::left];
     feedbackSamples[Side::right] = feedbackSamples[Side::left];
 }
@@ -111,7 +110,6 @@ void VoiceEngine::copyChainToRight() noexcept
 bool VoiceEngine::chainSidesEqual() const noexcept
 {
     bool equal = sameBits (mixBlockers[Side::right], mixBlockers[Side::left])
-              && multiband.sidesEqual()
               && sameBits (toneStates[Side::right], toneStates[Side::left])
               && sameBits (feedbackSamples[Side::right], feedbackSamples[Side::left]);
     for (size_t b = 0; b < 2 && equal; ++b)
@@ -143,6 +141,7 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
     readModSlots();
     updateEnvelopeParameters();
     chainCheckDue = true;
+    multibandCheckDue = true;
 
     if (currentNote >= 0)
     {
@@ -169,6 +168,7 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         const int end = std::min (first + sourceGroup / 2, n);
         renderSources (first, end, controlsMove, chunkSubRatio);
         renderChain (first, end, leftMode);
+        renderMultiband (first, end, leftMode);
     }
 
     // A locked side, and the right sub, have not run; they take the state they would have, for
@@ -179,6 +179,8 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
     subs[Side::right] = subs[Side::left];
     if (chainLocked)
         copyChainToRight();
+    if (multibandLocked)
+        multiband.copyLeftToRight();
 
     decimator.process (oversampledChannels[0], oversampledChannels[1], dryBuffer.getWritePointer (0),
                        dryBuffer.getWritePointer (1), n);
@@ -264,15 +266,49 @@ void VoiceEngine::renderChain (int first, int end, int leftMode) noexcept
                 feedbackSamples[(size_t) side] = tone;
                 return x;
             };
-            // Both sides meet in the multiband drive, whose splits run side by side.
-            float l = chain (Side::left, overLeft[j]);
-            float r = chainLocked ? l : chain (Side::right, overRight[j]);
-            multiband.process (l, r, chainLocked);
-            overLeft[j] = l + posts[j];
-            overRight[j] = r + posts[j];
+            const float l = chain (Side::left, overLeft[j]);
+            overRight[j] = chainLocked ? l : chain (Side::right, overRight[j]);
+            overLeft[j] = l;
+            chainLockedSteps[(size_t) (j - 2 * first)] = chainLocked;
 
             if (positionFading && --positionFadeCounter == 0)
                 finishDrivePositionFade();
+        }
+    }
+}
+
+// The multiband drive and the sub's share after it, over the group the chain's loop has just run.
+// Its settings move at the host samples where the chain's controls were worked out again, as they
+// would inside that loop.
+void VoiceEngine::renderMultiband (int first, int end, int leftMode) noexcept
+{
+    float* overLeft = oversampledChannels[0];
+    float* overRight = oversampledChannels[1];
+    const float* posts = subPosts.data();
+
+    for (int i = first; i < end; ++i)
+    {
+        const auto& step = chainSteps[(size_t) i];
+        if (step.controlsUpdated)
+            updateMultiband (leftMode, step.sums);
+
+        for (int j = 2 * i; j < 2 * i + 2; ++j)
+        {
+            const bool sidesAlike = chainLockedSteps[(size_t) (j - 2 * first)];
+            if (multibandLocked && ! sidesAlike)
+            {
+                multiband.copyLeftToRight();
+                multibandLocked = false;
+            }
+            else if (! multibandLocked && sidesAlike && multibandCheckDue)
+            {
+                multibandCheckDue = false;
+                multibandLocked = multiband.sidesEqual();
+            }
+            float l = overLeft[j], r = overRight[j];
+            multiband.process (l, r, multibandLocked);
+            overLeft[j] = l + posts[j];
+            overRight[j] = r + posts[j];
         }
     }
 }

@@ -323,6 +323,51 @@ TEST (MultibandDrive, OffOrAtMixZeroIsAPlainWireAndItsFiltersStandStill)
     }
 }
 
+// The voice runs the stage over runs of samples, each shaper over the run; in every mode, across
+// a fade between modes and with the right side standing for the left, that must give the bits of
+// the samples one at a time.
+TEST (MultibandDrive, RunsGiveTheBitsOfTheSampleSteps)
+{
+    for (int mode : { DriveShaper::soft, DriveShaper::diode, DriveShaper::fold })
+        for (bool rightAsLeft : { false, true })
+        {
+            MultibandDrive bySample, byRun;
+            for (auto* m : { &bySample, &byRun })
+            {
+                m->prepare (96000.0);
+                m->lowCrossover.setFrequency (180.0f);
+                m->highCrossover.setFrequency (2500.0f);
+                m->enabled = true;
+                m->mix = 0.8f;
+                for (auto* side : { &m->bands, &m->rightBands })
+                    for (int b = 0; b < MultibandDrive::numBands; ++b)
+                    {
+                        (*side)[(size_t) b].setModeNow (mode);
+                        (*side)[(size_t) b].gain = 1.5f + 3.0f * (float) b;
+                    }
+            }
+            std::mt19937 rng (3);
+            std::uniform_real_distribution<float> dist (-1.2f, 1.2f);
+            std::vector<float> l (3000), r (3000);
+            for (size_t i = 0; i < l.size(); ++i)
+                l[i] = dist (rng), r[i] = rightAsLeft ? l[i] : dist (rng);
+            auto wantL = l, wantR = r;
+            for (int start = 0, n = 1; start < (int) l.size(); start += n, n = n % MultibandDrive::maximumRun + 1)
+            {
+                n = std::min (n, (int) l.size() - start);
+                if (start > 1500 && start < 1540) // a mode change: the bands fade
+                    for (auto* m : { &bySample, &byRun })
+                        for (auto* side : { &m->bands, &m->rightBands })
+                            (*side)[MultibandDrive::mid].changeMode ((mode + 1) % DriveShaper::numModes);
+                for (int k = start; k < start + n; ++k)
+                    bySample.process (wantL[(size_t) k], wantR[(size_t) k], rightAsLeft);
+                byRun.process (l.data() + start, r.data() + start, n, rightAsLeft);
+            }
+            EXPECT_EQ (l, wantL) << "mode " << mode << ", right as left " << rightAsLeft;
+            EXPECT_EQ (r, wantR) << "mode " << mode << ", right as left " << rightAsLeft;
+        }
+}
+
 TEST (MultibandDrive, DrivenBandsAddHarmonicsOnlyWhereDriven)
 {
     constexpr double rate = 96000.0;

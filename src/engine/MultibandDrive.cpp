@@ -6,6 +6,64 @@
 
 namespace morvane
 {
+namespace
+{
+    using fast::Lanes;
+    using Indices = int __attribute__ ((vector_size (16)));
+
+    Lanes all (float v) noexcept { return Lanes { v, v, v, v }; }
+
+    // A plain diode (no fade, some drive) over a run, four samples at a time: lane for lane the
+    // steps of its curve, the table's four rows read one by one and turned into coefficient vectors.
+    void diodeRun (DriveShaper& shaper, float* x, int n) noexcept
+    {
+        const auto& table = driveCurves::diodeCurve;
+        const Lanes from = all (table.from), scale = all (table.scale), lowest = all (0.0f), highest = all (1023.0f);
+        const Lanes halfGain = all (0.5f * shaper.gain), outputScale = all (1.8f / shaper.gain);
+        const Lanes knee = all (0.5f), offsetAbove = all (driveCurves::diodeOffsetAbove), offsetBelow = all (driveCurves::diodeOffsetBelow);
+        const float last = x[n - 1];
+        for (int k = 0; k < n; k += 4)
+        {
+            Lanes v;
+            std::memcpy (&v, x + k, sizeof (v));
+            const Lanes t = halfGain * v;
+            const Lanes position = (t - from) * scale;
+            // Held within the table (a NaN to its first row), as the scalar read holds its index.
+            const Lanes above = position >= lowest ? position : lowest;
+            const Indices index = __builtin_convertvector (above <= highest ? above : highest, Indices);
+            const Lanes fraction = position - __builtin_convertvector (index, Lanes);
+            Lanes rows[4];
+            for (int lane = 0; lane < 4; ++lane)
+                std::memcpy (&rows[lane], table.cubics[(size_t) index[lane]].data(), sizeof (Lanes));
+            const Lanes low01 = __builtin_shufflevector (rows[0], rows[1], 0, 4, 1, 5);
+            const Lanes low23 = __builtin_shufflevector (rows[2], rows[3], 0, 4, 1, 5);
+            const Lanes high01 = __builtin_shufflevector (rows[0], rows[1], 2, 6, 3, 7);
+            const Lanes high23 = __builtin_shufflevector (rows[2], rows[3], 2, 6, 3, 7);
+            const Lanes c0 = __builtin_shufflevector (low01, low23, 0, 1, 4, 5);
+            const Lanes c1 = __builtin_shufflevector (low01, low23, 2, 3, 6, 7);
+            const Lanes c2 = __builtin_shufflevector (high01, high23, 0, 1, 4, 5);
+            const Lanes c3 = __builtin_shufflevector (high01, high23, 2, 3, 6, 7);
+            const Lanes curve = c0 + fraction * (c1 + fraction * (c2 + fraction * c3));
+            const auto rising = t >= knee, falling = t <= -knee;
+            const Lanes straight = t + (rising ? offsetAbove : offsetBelow);
+            const Lanes y = outputScale * ((rising | falling) ? straight : curve);
+            std::memcpy (x + k, &y, sizeof (y));
+        }
+        shaper.lastInput = last;
+    }
+
+    void shapeRun (DriveShaper& shaper, float* x, int n) noexcept
+    {
+        if (shaper.fadeCounter == 0 && shaper.mode == DriveShaper::diode && shaper.gain > 1.000001f)
+        {
+            diodeRun (shaper, x, n);
+            return;
+        }
+        for (int k = 0; k < n; ++k)
+            x[k] = shaper.process (x[k]);
+    }
+}
+
 void Crossover::prepare (double rate) noexcept
 {
     sampleRate = rate > 0.0 ? rate : 44100.0;
@@ -102,5 +160,41 @@ void MultibandDrive::processBands (float& left, float& right, bool rightAsLeft) 
     const float sumRight = rightBands[low].process (lowSplit[2]) + rightBands[mid].process (highSplit[2])
                          + rightBands[high].process (highSplit[3]);
     right = (sumRight - right) * mix + right;
+}
+
+void MultibandDrive::process (float* left, float* right, int numSamples, bool rightAsLeft) noexcept
+{
+    if (! running())
+        return;
+    // Room for a whole number of vectors: the diodes read and write the run four at a time.
+    alignas (16) float split[2][numBands][maximumRun + 4];
+    for (int k = 0; k < numSamples; ++k)
+    {
+        const auto lowSplit = lowCrossover.split (Crossover::Lanes { left[k], left[k], right[k], right[k] });
+        const auto highSplit = highCrossover.split (__builtin_shufflevector (lowSplit, lowSplit, 1, 1, 3, 3));
+        split[0][low][k] = lowSplit[0];
+        split[0][mid][k] = highSplit[0];
+        split[0][high][k] = highSplit[1];
+        split[1][low][k] = lowSplit[2];
+        split[1][mid][k] = highSplit[2];
+        split[1][high][k] = highSplit[3];
+    }
+    for (auto& side : split)
+        for (auto& band : side)
+            std::fill (band + numSamples, band + numSamples + 4, 0.0f);
+    for (int side = 0; side < (rightAsLeft ? 1 : 2); ++side)
+    {
+        auto& shapers = side == 0 ? bands : rightBands;
+        float* io = side == 0 ? left : right;
+        for (int b = 0; b < numBands; ++b)
+            shapeRun (shapers[(size_t) b], split[side][b], numSamples);
+        for (int k = 0; k < numSamples; ++k)
+        {
+            const float sum = split[side][low][k] + split[side][mid][k] + split[side][high][k];
+            io[k] = (sum - io[k]) * mix + io[k];
+        }
+    }
+    if (rightAsLeft)
+        std::copy (left, left + numSamples, right);
 }
 }

@@ -277,38 +277,42 @@ void VoiceEngine::renderChain (int first, int end, int leftMode) noexcept
     }
 }
 
-// The multiband drive and the sub's share after it, over the group the chain's loop has just run.
-// Its settings move at the host samples where the chain's controls were worked out again, as they
-// would inside that loop.
+// The multiband drive and the sub's share after it, over the group the chain's loop has just run,
+// in runs over which its settings and its lock stand. Its settings move at the host samples where
+// the chain's controls were worked out again, as they would inside that loop.
 void VoiceEngine::renderMultiband (int first, int end, int leftMode) noexcept
 {
+    static_assert (sourceGroup <= MultibandDrive::maximumRun);
     float* overLeft = oversampledChannels[0];
     float* overRight = oversampledChannels[1];
     const float* posts = subPosts.data();
+    const auto alikeAt = [&] (int j) { return chainLockedSteps[(size_t) (j - 2 * first)]; };
+    const auto settingsMoveAt = [&] (int j) { return j % 2 == 0 && chainSteps[(size_t) (j / 2)].controlsUpdated; };
 
-    for (int i = first; i < end; ++i)
+    for (int j = 2 * first; j < 2 * end;)
     {
-        const auto& step = chainSteps[(size_t) i];
-        if (step.controlsUpdated)
-            updateMultiband (leftMode, step.sums);
-
-        for (int j = 2 * i; j < 2 * i + 2; ++j)
+        if (settingsMoveAt (j))
+            updateMultiband (leftMode, chainSteps[(size_t) (j / 2)].sums);
+        const bool sidesAlike = alikeAt (j);
+        if (multibandLocked && ! sidesAlike)
         {
-            const bool sidesAlike = chainLockedSteps[(size_t) (j - 2 * first)];
-            if (multibandLocked && ! sidesAlike)
-            {
-                multiband.copyLeftToRight();
-                multibandLocked = false;
-            }
-            else if (! multibandLocked && sidesAlike && multibandCheckDue)
-            {
-                multibandCheckDue = false;
-                multibandLocked = multiband.sidesEqual();
-            }
-            float l = overLeft[j], r = overRight[j];
-            multiband.process (l, r, multibandLocked);
-            overLeft[j] = l + posts[j];
-            overRight[j] = r + posts[j];
+            multiband.copyLeftToRight();
+            multibandLocked = false;
+        }
+        else if (! multibandLocked && sidesAlike && multibandCheckDue)
+        {
+            multibandCheckDue = false;
+            multibandLocked = multiband.sidesEqual();
+        }
+
+        int runEnd = j + 1;
+        while (runEnd < 2 * end && alikeAt (runEnd) == sidesAlike && ! settingsMoveAt (runEnd))
+            ++runEnd;
+        multiband.process (overLeft + j, overRight + j, runEnd - j, multibandLocked);
+        for (; j < runEnd; ++j)
+        {
+            overLeft[j] += posts[j];
+            overRight[j] += posts[j];
         }
     }
 }

@@ -13,7 +13,7 @@ void BitCrusher::prepare (double rate) noexcept
     randomState = 0xC0FFEEu;
 }
 
-float BitCrusher::nextUniform() noexcept
+__attribute__ ((always_inline)) inline float BitCrusher::nextUniform() noexcept
 {
     randomState ^= randomState << 13;
     randomState ^= randomState >> 17;
@@ -21,12 +21,7 @@ float BitCrusher::nextUniform() noexcept
     return (float) (randomState & 0xFFFFFFu) * 5.9604645e-8f;
 }
 
-float BitCrusher::quantise (float x, float& lastDither) noexcept
-{
-    return quantise (x, lastDither, std::exp2 (bits - 1.0f));
-}
-
-float BitCrusher::quantise (float x, float& lastDither, float levels) noexcept
+__attribute__ ((always_inline)) inline float BitCrusher::quantise (float x, float& lastDither, float levels) noexcept
 {
     if (levels < 1.0f)
         return 0.0f;
@@ -44,10 +39,15 @@ float BitCrusher::quantise (float x, float& lastDither, float levels) noexcept
     return ((std::clamp (x, -1.0f, 1.0f) * levels + shifter) - shifter) / levels;
 }
 
-// One sample of an active crusher; levels is 2^(bits - 1), worked out once a block.
-__attribute__ ((always_inline)) inline void BitCrusher::step (float& left, float& right, float levels) noexcept
+float BitCrusher::quantise (float x, float& lastDither) noexcept
 {
-    const float step = rateHz / (float) sampleRate;
+    return quantise (x, lastDither, std::exp2 (bits - 1.0f));
+}
+
+// One sample of an active crusher; levels is 2^(bits - 1) and step the clock's advance, worked out
+// once a block.
+__attribute__ ((always_inline)) inline void BitCrusher::step (float& left, float& right, float levels, float step) noexcept
+{
     float factor = 1.0f;
     if (jitter > 0.0f)
         factor = (nextUniform() - 0.5f) * 1.5f * jitter + 1.0f;
@@ -65,7 +65,7 @@ __attribute__ ((always_inline)) inline void BitCrusher::step (float& left, float
 void BitCrusher::process (float& left, float& right) noexcept
 {
     if (active())
-        step (left, right, std::exp2 (bits - 1.0f));
+        step (left, right, std::exp2 (bits - 1.0f), rateHz / (float) sampleRate);
 }
 
 void BitCrusher::process (float* left, float* right, int numSamples) noexcept
@@ -73,7 +73,8 @@ void BitCrusher::process (float* left, float* right, int numSamples) noexcept
     if (! active())
         return;
     const float levels = std::exp2 (bits - 1.0f);
+    const float advance = rateHz / (float) sampleRate;
     for (int i = 0; i < numSamples; ++i)
-        step (left[i], right[i], levels);
+        step (left[i], right[i], levels, advance);
 }
 }

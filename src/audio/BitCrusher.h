@@ -29,6 +29,6 @@ struct BitCrusher
 private:
     float nextUniform() noexcept;
     float quantise (float x, float& lastDither, float levels) noexcept;
-    void step (float& left, float& right, float levels) noexcept;
+    void step (float& left, float& right, float levels, float advance) noexcept;
 };
 }

@@ -78,7 +78,9 @@ __attribute__ ((always_inline)) inline float ModFx::phaserStep (float input) noe
     if (cornerCountdown <= 0)
         nextGlide();
 
-    float x = feedback * phaserLast + input;
+    // Without feedback nothing is added: a term of 0 would still tie each sample to the whole
+    // chain of the one before.
+    float x = feedback == 0.0f ? input : feedback * phaserLast + input;
     for (size_t k = 0; k < stages.size(); ++k)
     {
         auto& stage = stages[k];
@@ -148,6 +150,7 @@ void ModFx::phaserPairRun (ModFx& a, ModFx& b, float* left, float* right, int nu
         chain[k + 1] = pair (a.stages[k].lastOutput, b.stages[k].lastOutput);
     Lanes last = pair (a.phaserLast, b.phaserLast);
     const Lanes feedback = pair (a.feedback, b.feedback), mix = pair (a.mix, b.mix);
+    const bool open = a.feedback == 0.0f && b.feedback == 0.0f;
     const float incrementA = a.rateHz * 6.2831855f / (float) a.sampleRate;
     const float incrementB = b.rateHz * 6.2831855f / (float) b.sampleRate;
 
@@ -169,7 +172,7 @@ void ModFx::phaserPairRun (ModFx& a, ModFx& b, float* left, float* right, int nu
         for (int end = i + count; i < end; ++i)
         {
             const Lanes input = pair (left[i], right[i]);
-            const Lanes x = feedback * last + input;
+            const Lanes x = open ? input : feedback * last + input;
             const Lanes z0 = c0 * x + x0 - c0 * y0;
             const Lanes z1 = c1 * z0 + y0 - c1 * y1;
             const Lanes z2 = c2 * z1 + y1 - c2 * y2;

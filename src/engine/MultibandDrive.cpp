@@ -168,10 +168,12 @@ void MultibandDrive::process (float* left, float* right, int numSamples, bool ri
         return;
     // Room for a whole number of vectors: the diodes read and write the run four at a time.
     alignas (16) float split[2][numBands][maximumRun + 4];
+    // The crossovers' histories as locals, so that the stores of the split leave them in registers.
+    Crossover lows = lowCrossover, highs = highCrossover;
     for (int k = 0; k < numSamples; ++k)
     {
-        const auto lowSplit = lowCrossover.split (Crossover::Lanes { left[k], left[k], right[k], right[k] });
-        const auto highSplit = highCrossover.split (__builtin_shufflevector (lowSplit, lowSplit, 1, 1, 3, 3));
+        const auto lowSplit = lows.split (Crossover::Lanes { left[k], left[k], right[k], right[k] });
+        const auto highSplit = highs.split (__builtin_shufflevector (lowSplit, lowSplit, 1, 1, 3, 3));
         split[0][low][k] = lowSplit[0];
         split[0][mid][k] = highSplit[0];
         split[0][high][k] = highSplit[1];
@@ -179,6 +181,8 @@ void MultibandDrive::process (float* left, float* right, int numSamples, bool ri
         split[1][mid][k] = highSplit[2];
         split[1][high][k] = highSplit[3];
     }
+    lowCrossover.sections = lows.sections;
+    highCrossover.sections = highs.sections;
     for (auto& side : split)
         for (auto& band : side)
             std::fill (band + numSamples, band + numSamples + 4, 0.0f);

@@ -18,11 +18,15 @@ struct StageGains
     void set (float G, float inverse) noexcept
     {
         const float G2 = G * G, G3 = G2 * G;
-        powers = fast::Lanes { G, G2, G3, G3 * G };
-        fromState[0] = inverse * fast::Lanes { 1.0f, G, G2, G3 };
-        fromState[1] = inverse * fast::Lanes { 0.0f, 1.0f, G, G2 };
-        fromState[2] = inverse * fast::Lanes { 0.0f, 0.0f, 1.0f, G };
-        fromState[3] = inverse * fast::Lanes { 0.0f, 0.0f, 0.0f, 1.0f };
+        const fast::Lanes base { 1.0f, G, G2, G3 };
+        powers = G * base;
+        fromState[0] = inverse * base;
+        // Each later state's shares are the first's, moved up a stage (inverse is positive, so
+        // the zeros moved in are those the products would give).
+        const fast::Lanes zero {};
+        fromState[1] = __builtin_shufflevector (zero, fromState[0], 0, 4, 5, 6);
+        fromState[2] = __builtin_shufflevector (zero, fromState[0], 0, 1, 4, 5);
+        fromState[3] = __builtin_shufflevector (zero, fromState[0], 0, 1, 2, 4);
     }
 };
 
@@ -40,6 +44,7 @@ struct LadderModel
 {
     fast::Lanes stages { 0.0f, 0.0f, 0.0f, 0.0f }; // the four stages' states
     float k = 0.0f;
+    float inputGain = 1.0f; // 1 + k / 2, made with k
     float process (float x, const StageGains& gains) noexcept;
 };
 
@@ -136,7 +141,7 @@ inline float LadderModel::process (float x, const StageGains& gains) noexcept
 {
     const auto c = filterDetail::fromStates (gains, stages);
     // Without resonance the feedback term is exactly 0: skip its tanh.
-    const float u = k == 0.0f ? x : (1.0f + 0.5f * k) * x - k * fast::tanh (c[3]);
+    const float u = k == 0.0f ? x : inputGain * x - k * fast::tanh (c[3]);
     return filterDetail::fourStages (u, gains, c, stages);
 }
 
@@ -192,6 +197,7 @@ inline void VoiceFilter::applyCutoff (const CutoffCoefficients& c) noexcept
 inline void VoiceFilter::setResonance (float reso) noexcept
 {
     ladderModel.k = reso * 3.95f;
+    ladderModel.inputGain = 1.0f + 0.5f * ladderModel.k;
     diodeModel.k = reso * 4.2f;
     stateModel.k = reso * 0.95f;
     phaseModel.k = reso * 0.95f;

@@ -208,11 +208,12 @@ void VoiceEngine::renderChain (int first, int end, int leftMode) noexcept
         const float octaves = (c.envelopeSemitones * step.filterEnvValue + c.cutoffSemitones) * (1.0f / 12.0f);
         const float octaveFactor = cutoffOctaveCache.get (octaves, [] (float o) { return fast::exp2 (o); });
         const float hz = std::clamp (c.cutoffHz * octaveFactor, 20.0f, 20000.0f);
+        bool cutoffMoved = false;
         if (! (hz == cutoffKey))
         {
             cutoffKey = hz;
             cutoffCoefficients = VoiceFilter::coefficientsFor (hz, sampleRate * 2.0);
-            cutoffApplied = false;
+            cutoffMoved = true;
         }
         const float feedbackGain = c.feedbackGain, toneCoefficient = c.toneCoefficient;
         // Without feedback nothing is added: a term of 0 would still tie each step to the whole
@@ -223,8 +224,11 @@ void VoiceEngine::renderChain (int first, int end, int leftMode) noexcept
 
         // Only the filters that run take the new values: the second bank's wait for a position
         // fade, which marks them stale, and a locked right side takes the left's when it parts.
-        if (! cutoffApplied || (step.controlsUpdated && ! (c.filter == appliedFilterControls)))
+        // A moving cut-off alone leaves the other controls as they stand.
+        const bool controlsMoved = step.controlsUpdated && ! (c.filter == appliedFilterControls);
+        if (! cutoffApplied || cutoffMoved || controlsMoved)
         {
+            const bool all = ! cutoffApplied || controlsMoved;
             const size_t banks = positionFadeCounter > 0 ? 2 : 1;
             const int sides = chainLocked ? 1 : 2;
             for (size_t b = 0; b < banks; ++b)
@@ -232,8 +236,11 @@ void VoiceEngine::renderChain (int first, int end, int leftMode) noexcept
                 {
                     auto& filter = filterBanks[b][(size_t) side];
                     filter.applyCutoff (cutoffCoefficients);
-                    filter.setResonance (c.filter.reso);
-                    filter.setPhaseControls (c.filter.mix, c.filter.notch, side == left ? -c.filter.stereo : c.filter.stereo);
+                    if (all)
+                    {
+                        filter.setResonance (c.filter.reso);
+                        filter.setPhaseControls (c.filter.mix, c.filter.notch, side == left ? -c.filter.stereo : c.filter.stereo);
+                    }
                 }
             cutoffApplied = true;
             appliedFilterControls = c.filter;

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
+#include <vector>
 
 using namespace morvane;
 
@@ -80,4 +82,23 @@ TEST (FastMath, ExactAndLimitValues)
     // Odd, as the saturators rely on.
     for (float x : { 0.1f, 0.7f, 2.5f, 8.0f })
         EXPECT_EQ (fast::tanh (-x), -fast::tanh (x));
+}
+
+// The vector tanh must give each lane the bits of the scalar one, on both sides of 0.25 and 7.5.
+TEST (FastMath, LanesOfTanhAreTheScalarBits)
+{
+    std::vector<float> xs { 0.0f, -0.0f, 1.0e-30f, 0.2499f, 0.25f, 7.5f, 7.5001f, 20.0f, -3.0f };
+    for (float x = -9.0f; x < 9.0f; x += 0.0137f)
+        xs.push_back (x);
+    while (xs.size() % 4 != 0)
+        xs.push_back (0.5f);
+    for (size_t i = 0; i < xs.size(); i += 4)
+    {
+        const auto y = morvane::fast::tanh (morvane::fast::Lanes { xs[i], xs[i + 1], xs[i + 2], xs[i + 3] });
+        for (int lane = 0; lane < 4; ++lane)
+        {
+            const float want = morvane::fast::tanh (xs[i + (size_t) lane]);
+            ASSERT_EQ (std::memcmp (&y[lane], &want, sizeof (float)), 0) << xs[i + (size_t) lane];
+        }
+    }
 }

@@ -100,25 +100,35 @@ inline Lanes broadcast (Lanes v) noexcept
     return Lanes { v[i], v[i], v[i], v[i] };
 }
 
+namespace detail
+{
+    // The vector tanh's constants as whole vectors, defined out of line: a constant the compiler
+    // can see it rebuilds from one float on every use (a load and a shuffle), where one it cannot
+    // see is a single memory operand.
+    struct TanhLanes
+    {
+        Lanes limit, one, s1, s2, s3, p0, p1, p2, p3, p4, p5, p6, q0, q1, q2, q3, seriesEnd;
+    };
+    extern const TanhLanes tanhLanes;
+}
+
 // tanh of each lane: lane for lane the operations of the scalar tanh, so the same bits. A lane
-// past 7.5, where a signal seldom goes, sends the whole vector through the scalar form. The
-// constants are whole vectors, so that each is one load rather than a splat.
+// past 7.5, where a signal seldom goes, sends the whole vector through the scalar form.
 inline Lanes tanh (Lanes x) noexcept
 {
     using Words = unsigned __attribute__ ((vector_size (16)));
-    const auto all = [] (float c) { return Lanes { c, c, c, c }; };
+    const auto& k = detail::tanhLanes;
     const Lanes a = (Lanes) ((Words) x & 0x7FFFFFFFu);
-    const auto far = a > all (7.5f);
+    const auto far = a > k.limit;
     if ((far[0] | far[1] | far[2] | far[3]) != 0)
         return Lanes { tanh (x[0]), tanh (x[1]), tanh (x[2]), tanh (x[3]) };
     const Lanes a2 = a * a;
-    const Lanes series = a * (all (1.0f) + a2 * (all (-0.33333333f) + a2 * (all (0.13333333f) + a2 * all (-0.053968254f))));
+    const Lanes series = a * (k.one + a2 * (k.s1 + a2 * (k.s2 + a2 * k.s3)));
     const Lanes a4 = a2 * a2, a8 = a4 * a4;
-    const Lanes p = ((all (4.89352455891786e-3f) + all (6.37261928875436e-4f) * a2) + a4 * (all (1.48572235717979e-5f) + all (5.12229709037114e-8f) * a2))
-                    + a8 * ((all (-8.60467152213735e-11f) + all (2.00018790482477e-13f) * a2) + a4 * all (-2.76076847742355e-16f));
-    const Lanes q = (all (4.89352518554385e-3f) + all (2.26843463243900e-3f) * a2) + a4 * (all (1.18534705686654e-4f) + all (1.19825839466702e-6f) * a2);
+    const Lanes p = ((k.p0 + k.p1 * a2) + a4 * (k.p2 + k.p3 * a2)) + a8 * ((k.p4 + k.p5 * a2) + a4 * k.p6);
+    const Lanes q = (k.q0 + k.q1 * a2) + a4 * (k.q2 + k.q3 * a2);
     const Lanes rational = a * p / q;
-    const Lanes magnitude = a < all (0.25f) ? series : rational;
+    const Lanes magnitude = a < k.seriesEnd ? series : rational;
     return (Lanes) ((Words) magnitude | ((Words) x & 0x80000000u));
 }
 }

@@ -60,6 +60,17 @@ struct NoiseSource
     }
 };
 
+namespace detail
+{
+    // The pair's constants as whole vectors, out of line: seen by the compiler, each would be
+    // rebuilt from one float at every use.
+    struct NoiseLanes
+    {
+        fast::Lanes toUnit, lowPole, lowIn, middlePole, middleIn, highPole, highIn, direct, scale, last, brownIn, one;
+    };
+    extern const NoiseLanes noiseLanes;
+}
+
 // The two sides' sources as lanes of one vector: both draws of a step for the operations of one.
 // Lane for lane it runs NoiseSource's steps in the same order, so each side gives the bits of a
 // NoiseSource with its seed. Pink's one-poles lie as b0, b1 | b2, b3 | b4, b5, left and right
@@ -98,24 +109,25 @@ struct NoisePair
         state ^= state >> 17;
         state ^= state << 5;
         // Lanes 2 and 3 repeat the two sides: w is the left and right draw, twice.
-        const Lanes w = __builtin_convertvector ((Signed) state, Lanes) * 4.656613e-10f;
+        const Lanes w = __builtin_convertvector ((Signed) state, Lanes) * detail::noiseLanes.toUnit;
 
         Lanes out = w;
+        const auto& k = detail::noiseLanes;
         if (colour == NoiseSource::pink)
         {
-            low = Lanes { 0.99886f, 0.99886f, 0.99332f, 0.99332f } * low + Lanes { 0.0555179f, 0.0555179f, 0.0750759f, 0.0750759f } * w;
-            middle = Lanes { 0.969f, 0.969f, 0.8665f, 0.8665f } * middle + Lanes { 0.153852f, 0.153852f, 0.3104856f, 0.3104856f } * w;
-            high = Lanes { 0.55f, 0.55f, -0.7616f, -0.7616f } * high + Lanes { 0.5329522f, 0.5329522f, -0.016898f, -0.016898f } * w;
+            low = k.lowPole * low + k.lowIn * w;
+            middle = k.middlePole * middle + k.middleIn * w;
+            high = k.highPole * high + k.highIn * w;
             const Lanes outer = low + high; // b0 + b4 and b1 + b5
             const Lanes first = outer + __builtin_shufflevector (outer, outer, 2, 3, 0, 1);
             const Lanes second = middle + __builtin_shufflevector (middle, middle, 2, 3, 0, 1);
-            out = (first + second + b6 + 0.5362f * w) * 0.11f;
-            b6 = 0.115926f * w;
+            out = (first + second + b6 + k.direct * w) * k.scale;
+            b6 = k.last * w;
         }
         else if (colour == NoiseSource::brown)
         {
-            const Lanes moved = brownState + (w - brownState) * brownCoefficient + w * 0.02f;
-            brownState = moved < -1.0f ? Lanes { -1.0f, -1.0f, -1.0f, -1.0f } : (moved > 1.0f ? Lanes { 1.0f, 1.0f, 1.0f, 1.0f } : moved);
+            const Lanes moved = brownState + (w - brownState) * brownCoefficient + w * k.brownIn;
+            brownState = moved < -k.one ? -k.one : (moved > k.one ? k.one : moved);
             out = brownState;
         }
         return { out[0], out[1] };

@@ -195,7 +195,6 @@ void VoiceEngine::renderChain (int first, int end, int leftMode) noexcept
     float* overLeft = oversampledChannels[0];
     float* overRight = oversampledChannels[1];
     const float* sends = subSends.data();
-    const float* posts = subPosts.data();
 
     for (int i = first; i < end; ++i)
     {

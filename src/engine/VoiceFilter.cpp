@@ -46,11 +46,14 @@ CutoffCoefficients VoiceFilter::coefficientsFor (float hz, double oversampledRat
 {
     const float r = (float) (oversampledRate > 0.0 ? oversampledRate : 44100.0);
     const float limited = std::clamp (hz, 20.0f, 0.45f * r);
-    const float g = fast::tan (limited * pi / r);
-    CutoffCoefficients c { g, {}, std::clamp (188.49556f / r, 0.0f, 1.0f), limited };
+    // Held under 0.45 of the rate, the angle stays under a quarter turn: tan as sine over cosine
+    // without the folding that fast::tan does for any angle, to the same bits.
+    const float turns = limited * pi / r * 0.15915494f;
+    const float g = fast::detail::sinQuarter (turns) / fast::detail::sinQuarter (0.25f - turns);
     const float inverse = 1.0f / (1.0f + g);
-    c.stages.set (g * inverse, inverse);
-    return c;
+    StageGains stages;
+    stages.set (g * inverse, inverse);
+    return { g, stages, std::clamp (188.49556f / r, 0.0f, 1.0f), limited };
 }
 
 void VoiceFilter::changeModel (int newModel) noexcept

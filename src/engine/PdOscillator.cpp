@@ -5,26 +5,6 @@
 
 namespace morvane
 {
-float blep (float t, float dt) noexcept
-{
-    if (dt <= 0.0f)
-        return 0.0f;
-
-    if (t < dt)
-    {
-        const float u = t / dt;
-        return 2.0f * u - u * u - 1.0f;
-    }
-
-    if (t > 1.0f - dt)
-    {
-        const float v = (t - 1.0f) / dt;
-        return v * v + 2.0f * v + 1.0f;
-    }
-
-    return 0.0f;
-}
-
 void PdOscillator::prepare (double oversampledRate) noexcept
 {
     sampleRate = oversampledRate;

@@ -12,7 +12,25 @@ namespace morvane
 {
 // Polynomial band-limited step: the correction for a unit step at phase 0 of an oscillator
 // advancing by dt per sample. Scale by the step's full height.
-float blep (float t, float dt) noexcept;
+inline float blep (float t, float dt) noexcept
+{
+    if (dt <= 0.0f)
+        return 0.0f;
+
+    if (t < dt)
+    {
+        const float u = t / dt;
+        return 2.0f * u - u * u - 1.0f;
+    }
+
+    if (t > 1.0f - dt)
+    {
+        const float v = (t - 1.0f) / dt;
+        return v * v + 2.0f * v + 1.0f;
+    }
+
+    return 0.0f;
+}
 
 // One phase-distortion voice oscillator at the oversampled rate, with its own DCW envelope.
 struct PdOscillator
@@ -134,7 +152,7 @@ struct PdOscillator
         // The usual step, inline: no fade, and if heard no edge still to smooth, so it only
         // moves the clock and the DCW and leaves its wave to the run.
         if (! settingsLetDefer || fadeCounter > 0 || (audible && pendingStep != 0.0f))
-            return step (audible, &run, j);
+            return plainPulse() ? pulseStep (audible, run, j) : step (audible, &run, j);
         increment = frequency * inverseRate;
         stepDcw();
         run.deferred[j] = audible ? 1 : 0;
@@ -155,6 +173,31 @@ struct PdOscillator
 
 private:
     float step (bool audible, Run* run, int j) noexcept;
+
+    // The pulse's usual step, inline: unsynced, no fade, no edge left to smooth. The same
+    // operations as step's for it.
+    bool plainPulse() const noexcept { return wave == pwmWave && ! syncEnabled && fadeCounter == 0 && pendingStep == 0.0f; }
+    float pulseStep (bool audible, Run& run, int j) noexcept
+    {
+        increment = frequency * inverseRate;
+        stepDcw();
+        run.deferred[j] = 0;
+        float y = 0.0f;
+        if (audible)
+        {
+            const float w = pulseWidth;
+            y = (w > phase ? 1.0f : -1.0f) - (1.0f - 2.0f * w);
+            // The polynomial spans a step of 2, the full height of each edge.
+            y += blep (phase, increment);
+            float t = phase - w;
+            if (t < 0.0f)
+                t += 1.0f;
+            y -= blep (t, increment);
+            y *= rmsGain;
+        }
+        advancePhase();
+        return y;
+    }
 
     void stepDcw() noexcept
     {

@@ -128,14 +128,7 @@ float PdOscillator::step (bool audible, Run* run, int j) noexcept
     {
         if (wave == pwmWave)
         {
-            const float w = pulseWidth;
-            y = (w > phase ? 1.0f : -1.0f) - (1.0f - 2.0f * w);
-            // The polynomial spans a step of 2, the full height of each edge.
-            y += blep (phase, increment);
-            float t = phase - w;
-            if (t < 0.0f)
-                t += 1.0f;
-            y -= blep (t, increment);
+            y = pulseValue();
         }
         else if (deferring)
         {

@@ -182,21 +182,21 @@ private:
         increment = frequency * inverseRate;
         stepDcw();
         run.deferred[j] = 0;
-        float y = 0.0f;
-        if (audible)
-        {
-            const float w = pulseWidth;
-            y = (w > phase ? 1.0f : -1.0f) - (1.0f - 2.0f * w);
-            // The polynomial spans a step of 2, the full height of each edge.
-            y += blep (phase, increment);
-            float t = phase - w;
-            if (t < 0.0f)
-                t += 1.0f;
-            y -= blep (t, increment);
-            y *= rmsGain;
-        }
+        const float y = audible ? pulseValue() * rmsGain : 0.0f;
         advancePhase();
         return y;
+    }
+
+    // The pulse at the present phase, both edges smoothed: the polynomial spans a step of 2, the
+    // full height of each edge.
+    float pulseValue() const noexcept
+    {
+        const float w = pulseWidth;
+        const float y = (w > phase ? 1.0f : -1.0f) - (1.0f - 2.0f * w) + blep (phase, increment);
+        float t = phase - w;
+        if (t < 0.0f)
+            t += 1.0f;
+        return y - blep (t, increment);
     }
 
     void stepDcw() noexcept

@@ -232,6 +232,13 @@ void ModFx::processPair (ModFx& leftUnit, ModFx& rightUnit, float* left, float* 
         }
         return;
     }
+    // Both bypassed: the block passes as it is, and each unit's glide starts afresh.
+    if (! leftUnit.active() && ! rightUnit.active())
+    {
+        leftUnit.bypass();
+        rightUnit.bypass();
+        return;
+    }
     for (int i = 0; i < numSamples; ++i)
     {
         left[i] = leftUnit.process (left[i]);

@@ -51,8 +51,9 @@ void VoiceEngine::outputStage (juce::AudioBuffer<float>& buffer, int start, int 
         while (end < n && ! chainSteps[(size_t) end].controlsUpdated)
             ++end;
         ModFx::processPair (modFx[Side::left], modFx[Side::right], wetLeft + i, wetRight + i, end - i);
-        for (int k = i; k < end; ++k)
-            postEq.process (wetLeft[k], wetRight[k]);
+        if (postEq.enabled)
+            for (int k = i; k < end; ++k)
+                postEq.process (wetLeft[k], wetRight[k]);
         i = end;
     }
 

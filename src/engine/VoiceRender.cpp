@@ -295,6 +295,21 @@ void VoiceEngine::renderMultiband (int first, int end, int leftMode) noexcept
     const auto alikeAt = [&] (int j) { return chainLockedSteps[(size_t) (j - 2 * first)]; };
     const auto settingsMoveAt = [&] (int j) { return j % 2 == 0 && chainSteps[(size_t) (j / 2)].controlsUpdated; };
 
+    // A stage that is off and stays off over the group passes the signal: only the sub's share
+    // after it is added. Its state stands still, so its lock can wait until it runs.
+    bool settingsMove = false;
+    for (int i = first; i < end; ++i)
+        settingsMove = settingsMove || chainSteps[(size_t) i].controlsUpdated;
+    if (! settingsMove && ! multiband.running())
+    {
+        for (int j = 2 * first; j < 2 * end; ++j)
+        {
+            overLeft[j] += posts[j];
+            overRight[j] += posts[j];
+        }
+        return;
+    }
+
     for (int j = 2 * first; j < 2 * end;)
     {
         if (settingsMoveAt (j))

@@ -323,7 +323,7 @@ private:
     SourceGroup sourceGroupState;
     void mixSourceGroup (int firstStep, int count) noexcept;
     void renderSources (int first, int end, bool controlsMove, float chunkSubRatio) noexcept;
-    void renderChain (int first, int end, int leftMode) noexcept;
+    void renderChain (int first, int end, int leftMode, bool multibandIdle) noexcept;
     void updateChainControls (int leftMode, const ChainSums& chainSums) noexcept;
     bool cutoffApplied = false;
 
@@ -340,6 +340,7 @@ private:
     std::array<bool, sourceGroup> chainLockedSteps {};
     bool multibandLocked = false;
     bool multibandCheckDue = true;
+    bool multibandStaysOff (int first, int end) const noexcept;
     void renderMultiband (int first, int end, int leftMode) noexcept;
     std::array<CachedExp, 3> bandGainCaches;
     int makeupCacheMode = -1;

@@ -167,8 +167,12 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
     {
         const int end = std::min (first + sourceGroup / 2, n);
         renderSources (first, end, controlsMove, chunkSubRatio);
-        renderChain (first, end, leftMode);
-        renderMultiband (first, end, leftMode);
+        // A multiband drive that is off and stays off over the group leaves the chain's loop to
+        // add the sub's post share, where it costs nothing.
+        const bool multibandIdle = multibandStaysOff (first, end);
+        renderChain (first, end, leftMode, multibandIdle);
+        if (! multibandIdle)
+            renderMultiband (first, end, leftMode);
     }
 
     // A locked side, and the right sub, have not run; they take the state they would have, for
@@ -190,11 +194,12 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         sm (s).skip (n);
 }
 
-void VoiceEngine::renderChain (int first, int end, int leftMode) noexcept
+void VoiceEngine::renderChain (int first, int end, int leftMode, bool multibandIdle) noexcept
 {
     float* overLeft = oversampledChannels[0];
     float* overRight = oversampledChannels[1];
     const float* sends = subSends.data();
+    const float* posts = subPosts.data();
 
     for (int i = first; i < end; ++i)
     {
@@ -273,14 +278,34 @@ void VoiceEngine::renderChain (int first, int end, int leftMode) noexcept
                 return x;
             };
             const float l = chain (Side::left, overLeft[j]);
-            overRight[j] = chainLocked ? l : chain (Side::right, overRight[j]);
-            overLeft[j] = l;
-            chainLockedSteps[(size_t) (j - 2 * first)] = chainLocked;
+            const float r = chainLocked ? l : chain (Side::right, overRight[j]);
+            if (multibandIdle)
+            {
+                overLeft[j] = l + posts[j];
+                overRight[j] = r + posts[j];
+            }
+            else
+            {
+                overLeft[j] = l;
+                overRight[j] = r;
+                chainLockedSteps[(size_t) (j - 2 * first)] = chainLocked;
+            }
 
             if (positionFading && --positionFadeCounter == 0)
                 finishDrivePositionFade();
         }
     }
+}
+
+bool VoiceEngine::multibandStaysOff (int first, int end) const noexcept
+{
+    // Its settings move only where the chain's controls were worked out again.
+    if (multiband.running())
+        return false;
+    for (int i = first; i < end; ++i)
+        if (chainSteps[(size_t) i].controlsUpdated)
+            return false;
+    return true;
 }
 
 // The multiband drive and the sub's share after it, over the group the chain's loop has just run,
@@ -294,21 +319,6 @@ void VoiceEngine::renderMultiband (int first, int end, int leftMode) noexcept
     const float* posts = subPosts.data();
     const auto alikeAt = [&] (int j) { return chainLockedSteps[(size_t) (j - 2 * first)]; };
     const auto settingsMoveAt = [&] (int j) { return j % 2 == 0 && chainSteps[(size_t) (j / 2)].controlsUpdated; };
-
-    // A stage that is off and stays off over the group passes the signal: only the sub's share
-    // after it is added. Its state stands still, so its lock can wait until it runs.
-    bool settingsMove = false;
-    for (int i = first; i < end; ++i)
-        settingsMove = settingsMove || chainSteps[(size_t) i].controlsUpdated;
-    if (! settingsMove && ! multiband.running())
-    {
-        for (int j = 2 * first; j < 2 * end; ++j)
-        {
-            overLeft[j] += posts[j];
-            overRight[j] += posts[j];
-        }
-        return;
-    }
 
     for (int j = 2 * first; j < 2 * end;)
     {

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <initializer_list>
+#include <tuple>
 #include <utility>
 
 namespace morvane
@@ -287,44 +288,55 @@ void PlateReverb::process (float& left, float& right) noexcept
         step (left, right);
 }
 
-// The tank over a run: the same steps as tankStep, stage after stage. Its output was read before.
-void PlateReverb::tankRun (Tank& tank, float* x, const float* excursions, int n) noexcept
+// The tanks over a run: the same steps as tankStep, stage after stage. Their outputs were read
+// before. The two damping filters, each a chain of dependent steps, share one loop, so that each
+// fills the other's waits.
+void PlateReverb::tanksRun (float* in1, float* in2, const float* excursion1, const float* excursion2, int n) noexcept
 {
-    tank.allpass1.processRun (x, n);
-    float b[maximumRun];
-    delayRun (tank.delay1, x, b, n);
+    float b1[maximumRun], b2[maximumRun];
+    tanks[0].allpass1.processRun (in1, n);
+    delayRun (tanks[0].delay1, in1, b1, n);
+    tanks[1].allpass1.processRun (in2, n);
+    delayRun (tanks[1].delay1, in2, b2, n);
 
-    float damped[maximumRun];
-    float state = tank.dampingState;
+    float damped1[maximumRun], damped2[maximumRun];
+    float state1 = tanks[0].dampingState, state2 = tanks[1].dampingState;
     for (int i = 0; i < n; ++i)
     {
-        state += (b[i] - state) * dampingCoefficient;
-        damped[i] = state * decay;
+        state1 += (b1[i] - state1) * dampingCoefficient;
+        damped1[i] = state1 * decay;
+        state2 += (b2[i] - state2) * dampingCoefficient;
+        damped2[i] = state2 * decay;
     }
-    tank.dampingState = state;
+    tanks[0].dampingState = state1;
+    tanks[1].dampingState = state2;
 
-    auto& line = tank.allpass2;
-    float d[maximumRun];
-    for (int i = 0; i < n; ++i)
+    for (auto [tank, damped, excursions] : { std::tuple { &tanks[0], damped1, excursion1 }, std::tuple { &tanks[1], damped2, excursion2 } })
     {
-        const float pos = (float) ((line.writeIndex + i) & line.mask) - ((float) line.delay + excursions[i]);
-        const float whole = std::floor (pos);
-        const int k = (int) whole & line.mask;
-        const float a = line.buffer[(size_t) k];
-        d[i] = a + (line.buffer[(size_t) ((k + 1) & line.mask)] - a) * (pos - whole);
-    }
-    float v[maximumRun], e[maximumRun];
-    const float c = line.coefficient;
-    for (int i = 0; i < n; ++i)
-    {
-        v[i] = damped[i] - d[i] * c;
-        e[i] = v[i] * c + d[i];
-    }
-    writeRing (line.buffer, line.mask, line.writeIndex, v, n);
-    line.writeIndex = (line.writeIndex + n) & line.mask;
+        auto& line = tank->allpass2;
+        float d[maximumRun];
+        for (int i = 0; i < n; ++i)
+        {
+            const float pos = (float) ((line.writeIndex + i) & line.mask) - ((float) line.delay + excursions[i]);
+            const float whole = std::floor (pos);
+            const int k = (int) whole & line.mask;
+            const float a = line.buffer[(size_t) k];
+            d[i] = a + (line.buffer[(size_t) ((k + 1) & line.mask)] - a) * (pos - whole);
+        }
+        float v[maximumRun], e[maximumRun];
+        const float c = line.coefficient;
+        for (int i = 0; i < n; ++i)
+        {
+            v[i] = damped[i] - d[i] * c;
+            e[i] = v[i] * c + d[i];
+        }
+        writeRing (line.buffer, line.mask, line.writeIndex, v, n);
+        line.writeIndex = (line.writeIndex + n) & line.mask;
 
-    writeRing (tank.delay2.buffer, tank.delay2.mask, tank.delay2.writeIndex, e, n);
-    tank.delay2.writeIndex = (tank.delay2.writeIndex + n) & tank.delay2.mask;
+        auto& last = tank->delay2;
+        writeRing (last.buffer, last.mask, last.writeIndex, e, n);
+        last.writeIndex = (last.writeIndex + n) & last.mask;
+    }
 }
 
 // A run of samples, stage after stage: each sample meets the same operations in the same order as
@@ -343,11 +355,18 @@ void PlateReverb::processRun (float* left, float* right, int n) noexcept
     writeRing (predelayLine, predelayMask, predelayWrite, mono, n);
     predelayWrite = (predelayWrite + n) & predelayMask;
 
+    // The bandwidth filter and the LFO's clock, two chains of dependent steps, in one loop.
+    float phases[maximumRun];
+    const float increment = 6.2831855f / (float) sampleRate;
     float lowpass = inputLowpass;
     for (int i = 0; i < n; ++i)
     {
         lowpass += (x[i] - lowpass) * bandwidthCoefficient;
         x[i] = lowpass;
+        lfoPhase += increment;
+        if (lfoPhase >= 6.2831855f)
+            lfoPhase -= 6.2831855f;
+        phases[i] = lfoPhase;
     }
     inputLowpass = lowpass;
     for (auto& d : diffusers)
@@ -373,15 +392,7 @@ void PlateReverb::processRun (float* left, float* right, int n) noexcept
     feedbackToSecond = out1[n - 1];
     feedbackToFirst = out2[n - 1];
 
-    float phases[maximumRun], excursion1[maximumRun], excursion2[maximumRun];
-    const float increment = 6.2831855f / (float) sampleRate;
-    for (int i = 0; i < n; ++i)
-    {
-        lfoPhase += increment;
-        if (lfoPhase >= 6.2831855f)
-            lfoPhase -= 6.2831855f;
-        phases[i] = lfoPhase;
-    }
+    float excursion1[maximumRun], excursion2[maximumRun];
     const float depth = rateRatio * 8.0f;
     for (int i = 0; i < n; ++i)
     {
@@ -389,8 +400,7 @@ void PlateReverb::processRun (float* left, float* right, int n) noexcept
         excursion2[i] = fast::sin (phases[i] + 2.094f) * depth;
     }
 
-    tankRun (tanks[0], in1, excursion1, n);
-    tankRun (tanks[1], in2, excursion2, n);
+    tanksRun (in1, in2, excursion1, excursion2, n);
 
     // Each tap as a run, read after the run's writes, summed in the order of step's sums.
     const auto& A = tanks[0];

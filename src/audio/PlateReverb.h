@@ -93,7 +93,7 @@ struct PlateReverb
 private:
     void step (float& left, float& right) noexcept;
     void processRun (float* left, float* right, int n) noexcept;
-    void tankRun (Tank& tank, float* x, const float* excursions, int n) noexcept;
+    void tanksRun (float* in1, float* in2, const float* excursion1, const float* excursion2, int n) noexcept;
     int scaled (int length) const noexcept;
     float tankStep (Tank& tank, float input, float excursion) noexcept;
 };

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <initializer_list>
+#include <iterator>
 #include <tuple>
 #include <utility>
 
@@ -39,35 +39,37 @@ namespace
         std::copy_n (in + first, n - first, ring.data());
     }
 
-    // One output tap over a run: the line's samples from the tap's place after the run's first
-    // sample on, added or taken away.
-    struct TapRun
+    // Where each output tap reads, in the order of step's sums: the left side's seven, then the
+    // right side's. Tank 0 is A, 1 is B; the lines are delay1, allpass2 and delay2.
+    enum TapLine { firstDelay, modulatedAllpass, lastDelay };
+    struct TapPlace
     {
-        const std::vector<float>* buffer;
-        int mask, from, sign;
+        int tank;
+        TapLine line;
+        int length, sign;
+    };
+    constexpr TapPlace tapPlaces[] = {
+        { 1, firstDelay, 266, 1 },  { 1, firstDelay, 2974, 1 },  { 1, modulatedAllpass, 1913, -1 }, { 1, lastDelay, 1996, 1 },
+        { 0, firstDelay, 1990, -1 }, { 0, modulatedAllpass, 187, -1 }, { 0, lastDelay, 1066, -1 },
+        { 0, firstDelay, 353, 1 },  { 0, firstDelay, 3627, 1 },  { 0, modulatedAllpass, 1228, -1 }, { 0, lastDelay, 2673, 1 },
+        { 1, firstDelay, 2111, -1 }, { 1, modulatedAllpass, 335, -1 }, { 1, lastDelay, 121, -1 }
     };
 
-    template <typename Line>
-    TapRun tapOf (const Line& line, int offset, int n, int sign = 1) noexcept
+    struct LineView
     {
-        return { &line.buffer, line.mask, line.writeIndex - n + 1 - offset, sign };
-    }
+        const std::vector<float>& buffer;
+        int mask, writeIndex;
+    };
 
-    void sumTaps (float* wet, int n, std::initializer_list<TapRun> terms) noexcept
+    LineView viewOf (const PlateReverb::Tank& tank, TapLine line) noexcept
     {
-        float tap[PlateReverb::maximumRun];
-        bool first = true;
-        for (const auto& t : terms)
+        switch (line)
         {
-            readRing (*t.buffer, t.mask, t.from, first ? wet : tap, n);
-            if (! first && t.sign > 0)
-                for (int i = 0; i < n; ++i)
-                    wet[i] += tap[i];
-            else if (! first)
-                for (int i = 0; i < n; ++i)
-                    wet[i] -= tap[i];
-            first = false;
+            case firstDelay:       return { tank.delay1.buffer, tank.delay1.mask, tank.delay1.writeIndex };
+            case modulatedAllpass: return { tank.allpass2.buffer, tank.allpass2.mask, tank.allpass2.writeIndex };
+            case lastDelay:        break;
         }
+        return { tank.delay2.buffer, tank.delay2.mask, tank.delay2.writeIndex };
     }
 
     // A plain delay line over a run: each sample is written, and what stood delay - 1 samples
@@ -149,9 +151,9 @@ void PlateReverb::prepare (double rate)
         tank.allpass1.coefficient = -0.7f;
     }
 
-    constexpr int tapLengths[] = { 266, 2974, 1913, 1996, 1990, 187, 1066, 353, 3627, 1228, 2673, 2111, 335, 121 };
+    static_assert (std::size (tapPlaces) == std::tuple_size_v<decltype (taps)>);
     for (size_t i = 0; i < taps.size(); ++i)
-        taps[i] = scaled (tapLengths[i]);
+        taps[i] = scaled (tapPlaces[i].length);
 
     run = maximumRun;
     for (const auto& d : diffusers)
@@ -160,14 +162,10 @@ void PlateReverb::prepare (double rate)
     for (const auto& tank : tanks)
         run = std::min ({ run, tank.allpass1.delay, tank.delay1.delay - 1, tank.allpass2.delay - modulationRoom, tank.delay2.delay - 1 });
     // A tap read after a whole run must find what it would have found after its own sample.
-    constexpr int tapLines[] = { 1, 1, 1, 1, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1 };
-    constexpr int tapStages[] = { 1, 1, 2, 3, 1, 2, 3, 1, 1, 2, 3, 1, 2, 3 };
     for (size_t i = 0; i < taps.size(); ++i)
     {
-        const auto& tank = tanks[(size_t) tapLines[i]];
-        const int size = (int) (tapStages[i] == 1 ? tank.delay1.buffer.size()
-                                                  : tapStages[i] == 2 ? tank.allpass2.buffer.size() : tank.delay2.buffer.size());
-        run = std::min (run, size - taps[i]);
+        const auto& place = tapPlaces[i];
+        run = std::min (run, (int) viewOf (tanks[(size_t) place.tank], place.line).buffer.size() - taps[i]);
     }
     if (run < minimumRun)
         run = 1;
@@ -403,15 +401,25 @@ void PlateReverb::processRun (float* left, float* right, int n) noexcept
     tanksRun (in1, in2, excursion1, excursion2, n);
 
     // Each tap as a run, read after the run's writes, summed in the order of step's sums.
-    const auto& A = tanks[0];
-    const auto& B = tanks[1];
-    float wetLeft[maximumRun], wetRight[maximumRun];
-    sumTaps (wetLeft, n, { tapOf (B.delay1, taps[0], n), tapOf (B.delay1, taps[1], n), tapOf (B.allpass2, taps[2], n, -1),
-                           tapOf (B.delay2, taps[3], n), tapOf (A.delay1, taps[4], n, -1), tapOf (A.allpass2, taps[5], n, -1),
-                           tapOf (A.delay2, taps[6], n, -1) });
-    sumTaps (wetRight, n, { tapOf (A.delay1, taps[7], n), tapOf (A.delay1, taps[8], n), tapOf (A.allpass2, taps[9], n, -1),
-                            tapOf (A.delay2, taps[10], n), tapOf (B.delay1, taps[11], n, -1), tapOf (B.allpass2, taps[12], n, -1),
-                            tapOf (B.delay2, taps[13], n, -1) });
+    float wet[2][maximumRun], tap[maximumRun];
+    for (size_t i = 0; i < taps.size(); ++i)
+    {
+        const auto& place = tapPlaces[i];
+        const auto line = viewOf (tanks[(size_t) place.tank], place.line);
+        float* sum = wet[i < taps.size() / 2 ? 0 : 1];
+        const bool first = i % (taps.size() / 2) == 0;
+        readRing (line.buffer, line.mask, line.writeIndex - n + 1 - taps[i], first ? sum : tap, n);
+        if (first)
+            continue;
+        if (place.sign > 0)
+            for (int k = 0; k < n; ++k)
+                sum[k] += tap[k];
+        else
+            for (int k = 0; k < n; ++k)
+                sum[k] -= tap[k];
+    }
+    const float* wetLeft = wet[0];
+    const float* wetRight = wet[1];
 
     const float wetShare = mix;
     for (int i = 0; i < n; ++i)

@@ -143,13 +143,12 @@ void ModFx::processActivePair (ModFx& leftUnit, ModFx& rightUnit, float& left, f
 void ModFx::phaserPairRun (ModFx& a, ModFx& b, float* left, float* right, int numSamples) noexcept
 {
     using fast::Lanes;
-    const auto pair = [] (float x, float y) { return Lanes { x, y, 0.0f, 0.0f }; };
     Lanes chain[5];
-    chain[0] = pair (a.stages[0].lastInput, b.stages[0].lastInput);
+    chain[0] = fast::sides (a.stages[0].lastInput, b.stages[0].lastInput);
     for (size_t k = 0; k < a.stages.size(); ++k)
-        chain[k + 1] = pair (a.stages[k].lastOutput, b.stages[k].lastOutput);
-    Lanes last = pair (a.phaserLast, b.phaserLast);
-    const Lanes feedback = pair (a.feedback, b.feedback), mix = pair (a.mix, b.mix);
+        chain[k + 1] = fast::sides (a.stages[k].lastOutput, b.stages[k].lastOutput);
+    Lanes last = fast::sides (a.phaserLast, b.phaserLast);
+    const Lanes feedback = fast::sides (a.feedback, b.feedback), mix = fast::sides (a.mix, b.mix);
     const bool open = a.feedback == 0.0f && b.feedback == 0.0f;
     const float incrementA = a.rateHz * 6.2831855f / (float) a.sampleRate;
     const float incrementB = b.rateHz * 6.2831855f / (float) b.sampleRate;
@@ -163,15 +162,15 @@ void ModFx::phaserPairRun (ModFx& a, ModFx& b, float* left, float* right, int nu
         }
         // One stretch of a glide, with every value in a register.
         const int count = std::min (numSamples - i, a.cornerCountdown);
-        Lanes c0 = pair (a.stages[0].coefficient, b.stages[0].coefficient), s0 = pair (a.cornerStep[0], b.cornerStep[0]);
-        Lanes c1 = pair (a.stages[1].coefficient, b.stages[1].coefficient), s1 = pair (a.cornerStep[1], b.cornerStep[1]);
-        Lanes c2 = pair (a.stages[2].coefficient, b.stages[2].coefficient), s2 = pair (a.cornerStep[2], b.cornerStep[2]);
-        Lanes c3 = pair (a.stages[3].coefficient, b.stages[3].coefficient), s3 = pair (a.cornerStep[3], b.cornerStep[3]);
+        Lanes c0 = fast::sides (a.stages[0].coefficient, b.stages[0].coefficient), s0 = fast::sides (a.cornerStep[0], b.cornerStep[0]);
+        Lanes c1 = fast::sides (a.stages[1].coefficient, b.stages[1].coefficient), s1 = fast::sides (a.cornerStep[1], b.cornerStep[1]);
+        Lanes c2 = fast::sides (a.stages[2].coefficient, b.stages[2].coefficient), s2 = fast::sides (a.cornerStep[2], b.cornerStep[2]);
+        Lanes c3 = fast::sides (a.stages[3].coefficient, b.stages[3].coefficient), s3 = fast::sides (a.cornerStep[3], b.cornerStep[3]);
         Lanes x0 = chain[0], y0 = chain[1], y1 = chain[2], y2 = chain[3], y3 = chain[4];
         float phaseA = a.lfoPhase, phaseB = b.lfoPhase;
         for (int end = i + count; i < end; ++i)
         {
-            const Lanes input = pair (left[i], right[i]);
+            const Lanes input = fast::sides (left[i], right[i]);
             const Lanes x = open ? input : feedback * last + input;
             const Lanes z0 = c0 * x + x0 - c0 * y0;
             const Lanes z1 = c1 * z0 + y0 - c1 * y1;

@@ -104,10 +104,9 @@ void StereoDelay::process (float& left, float& right) noexcept
 void StereoDelay::sharedTimeRun (float* left, float* right, int numSamples) noexcept
 {
     using fast::Lanes;
-    const auto pair = [] (float x, float y) { return Lanes { x, y, 0.0f, 0.0f }; };
     float current = currentLeft;
     const float target = targetLeft;
-    Lanes tone = pair (toneLeft, toneRight), dcInput = pair (dcInputLeft, dcInputRight), dcOutput = pair (dcOutputLeft, dcOutputRight);
+    Lanes tone = fast::sides (toneLeft, toneRight), dcInput = fast::sides (dcInputLeft, dcInputRight), dcOutput = fast::sides (dcOutputLeft, dcOutputRight);
     const float* readLeft = lineLeft.data();
     const float* readRight = lineRight.data();
     // Ping-pong crosses what is written: the left line takes the right side's input and feedback.
@@ -127,8 +126,8 @@ void StereoDelay::sharedTimeRun (float* left, float* right, int numSamples) noex
         const float fraction = current - (float) whole;
         const int newer = (write - whole) & wrap;
         const int older = (newer - 1) & wrap;
-        const Lanes a = pair (readLeft[newer], readRight[newer]);
-        const Lanes tap = a + (pair (readLeft[older], readRight[older]) - a) * fraction;
+        const Lanes a = fast::sides (readLeft[newer], readRight[newer]);
+        const Lanes tap = a + (fast::sides (readLeft[older], readRight[older]) - a) * fraction;
 
         tone += (tap - tone) * toneShare;
         const Lanes y = (tone + dcOutput - dcInput) * dcShare;
@@ -136,7 +135,7 @@ void StereoDelay::sharedTimeRun (float* left, float* right, int numSamples) noex
         dcOutput = y;
         const Lanes feed = fast::tanh (y);
 
-        const Lanes input = pair (left[i], right[i]);
+        const Lanes input = fast::sides (left[i], right[i]);
         const Lanes written = input + loop * feed;
         writeFirst[write] = written[0];
         writeSecond[write] = written[1];

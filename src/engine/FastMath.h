@@ -93,6 +93,12 @@ inline float tanh (float x) noexcept
 // Four floats worked on side by side (GCC's and Clang's vector types: plain SSE on x86-64).
 using Lanes = float __attribute__ ((vector_size (16)));
 
+// v in every lane.
+constexpr Lanes splat (float v) noexcept { return Lanes { v, v, v, v }; }
+
+// A left and a right value in lanes 0 and 1, for the stages that run their two sides side by side.
+constexpr Lanes sides (float left, float right) noexcept { return Lanes { left, right, 0.0f, 0.0f }; }
+
 // Lane i of v in every lane.
 template <int i>
 inline Lanes broadcast (Lanes v) noexcept

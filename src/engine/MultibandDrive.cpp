@@ -11,16 +11,15 @@ namespace
     using fast::Lanes;
     using Indices = int __attribute__ ((vector_size (16)));
 
-    Lanes all (float v) noexcept { return Lanes { v, v, v, v }; }
-
     // A plain diode (no fade, some drive) over a run, four samples at a time: lane for lane the
     // steps of its curve, the table's four rows read one by one and turned into coefficient vectors.
     void diodeRun (DriveShaper& shaper, float* x, int n) noexcept
     {
         const auto& table = driveCurves::diodeCurve;
-        const Lanes from = all (table.from), scale = all (table.scale), lowest = all (0.0f), highest = all (1023.0f);
-        const Lanes halfGain = all (0.5f * shaper.gain), outputScale = all (1.8f / shaper.gain);
-        const Lanes knee = all (0.5f), offsetAbove = all (driveCurves::diodeOffsetAbove), offsetBelow = all (driveCurves::diodeOffsetBelow);
+        using fast::splat;
+        const Lanes from = splat (table.from), scale = splat (table.scale), lowest = splat (0.0f), highest = splat (1023.0f);
+        const Lanes halfGain = splat (0.5f * shaper.gain), outputScale = splat (1.8f / shaper.gain);
+        const Lanes knee = splat (0.5f), offsetAbove = splat (driveCurves::diodeOffsetAbove), offsetBelow = splat (driveCurves::diodeOffsetBelow);
         const float last = x[n - 1];
         for (int k = 0; k < n; k += 4)
         {

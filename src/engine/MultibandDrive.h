@@ -36,7 +36,7 @@ struct Crossover
     // One side: x in, its low and high parts out.
     void process (float x, float& low, float& high) noexcept
     {
-        const auto y = split (Lanes { x, x, x, x });
+        const auto y = split (fast::splat (x));
         low = y[0];
         high = y[1];
     }

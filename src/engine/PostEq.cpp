@@ -36,13 +36,12 @@ void EqSection::design (Kind kind, double frequency, double q, double gainA) noe
     m0 = (float) c0;
     m1 = (float) c1;
     m2 = (float) c2;
-    const auto lanes = [] (float v) { return Lanes { v, v, v, v }; };
-    a1Lanes = lanes (a1);
-    a2Lanes = lanes (a2);
-    a3Lanes = lanes (a3);
-    m0Lanes = lanes (m0);
-    m1Lanes = lanes (m1);
-    m2Lanes = lanes (m2);
+    a1Lanes = fast::splat (a1);
+    a2Lanes = fast::splat (a2);
+    a3Lanes = fast::splat (a3);
+    m0Lanes = fast::splat (m0);
+    m1Lanes = fast::splat (m1);
+    m2Lanes = fast::splat (m2);
 }
 
 void PostEq::prepare (double hostRate) noexcept

@@ -53,11 +53,11 @@ struct PostEq
     void setNotch (float hz, float depth) noexcept;
 
     // One side alone.
-    float process (float x) noexcept { return process (EqSection::Lanes { x, x, x, x })[0]; }
+    float process (float x) noexcept { return process (fast::splat (x))[0]; }
     // Both sides.
     void process (float& left, float& right) noexcept
     {
-        const auto y = process (EqSection::Lanes { left, right, 0.0f, 0.0f });
+        const auto y = process (fast::sides (left, right));
         left = y[0];
         right = y[1];
     }

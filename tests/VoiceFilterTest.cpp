@@ -2,6 +2,8 @@
 
 #include "engine/VoiceFilter.h"
 
+#include <cstring>
+
 using namespace morvane;
 using namespace morvane::test;
 
@@ -118,6 +120,28 @@ TEST (VoiceFilter, CutoffLimitsFollowTheRate)
     EXPECT_NEAR (low.g, std::tan (7200.0 * M_PI / 16000.0), 1.0e-4);
     EXPECT_FLOAT_EQ (VoiceFilter::coefficientsFor (1.0f, 96000.0).centre, 20.0f);
     EXPECT_NEAR (open.lowCoefficient, 2.0 * M_PI * 30.0 / 88200.0, 1.0e-7);
+}
+
+TEST (VoiceFilter, FourCutoffsAtOnceGiveTheBitsOfOne)
+{
+    // The voice works out a group's gains as vector lanes ahead of its loop.
+    for (const double rate : { 16000.0, 88200.0, 192000.0 })
+        for (const float first : { 20.0f, 97.3f, 1234.5f, 19999.0f })
+        {
+            const float r = VoiceFilter::rateOrDefault (rate);
+            fast::Lanes hz { first, first * 1.37f, first * 2.9f, first * 0.51f };
+            for (int i = 0; i < 4; ++i)
+                hz[i] = VoiceFilter::limitCutoff (hz[i], rate);
+            const fast::Lanes g = filterDetail::integratorGain (hz, r);
+            const fast::Lanes inverse = 1.0f / (1.0f + g);
+            for (int i = 0; i < 4; ++i)
+            {
+                const auto one = VoiceFilter::coefficientsFor (hz[i], rate);
+                const auto split = VoiceFilter::coefficientsFrom (hz[i], g[i], inverse[i], rate);
+                EXPECT_EQ (one.g, split.g);
+                EXPECT_EQ (std::memcmp (&one.stages, &split.stages, sizeof (StageGains)), 0) << rate << " Hz rate, " << hz[i] << " Hz";
+            }
+        }
 }
 
 TEST (VoiceFilter, PhaseChainCutsNotchesAndSpreadsInStereo)

@@ -21,14 +21,16 @@ namespace detail
     // up the x^13 remainder at pi/2; error below 3e-8 before rounding.
     // The polynomial in x^2 is evaluated in pairs (Estrin's scheme): half the dependent steps of
     // Horner's, and an oscillator's wave sits on every sample's way through the voice.
-    inline float sinQuarter (float r) noexcept
+    // A float or a vector of them, each lane the float's bits.
+    template <typename T>
+    inline T sinQuarter (T r) noexcept
     {
-        const float x = 6.2831855f * r;
-        const float x2 = x * x;
-        const float x4 = x2 * x2;
-        const float low = -1.6666667e-1f + 8.3333333e-3f * x2;
-        const float high = -1.9841270e-4f + 2.7557319e-6f * x2;
-        const float p = low + x4 * (high + x4 * -2.4656e-8f);
+        const T x = 6.2831855f * r;
+        const T x2 = x * x;
+        const T x4 = x2 * x2;
+        const T low = -1.6666667e-1f + 8.3333333e-3f * x2;
+        const T high = -1.9841270e-4f + 2.7557319e-6f * x2;
+        const T p = low + x4 * (high + x4 * -2.4656e-8f);
         return x + (x * x2) * p;
     }
 }

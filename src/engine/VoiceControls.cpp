@@ -148,10 +148,7 @@ void VoiceEngine::updateChainControls (int leftMode, const ChainSums& chainSums)
     driveMixAmount = std::clamp (sm (S::driveMix).getNextValue(), 0.0f, 1.0f);
     filterWetAmount = std::clamp (sm (S::filterWet).getNextValue(), 0.0f, 1.0f);
 
-    // Filter: the cut-off's own value and its matrix terms; the envelope's share is added per sample.
-    c.envelopeSemitones = sm (S::envAmount).getNextValue() * velToFilterScale + chainSums.filterEnv;
-    c.cutoffSemitones = chainSums.cutoff;
-    c.cutoffHz = cutoff.getNextValue();
+    // Filter; its cut-off is worked out ahead, by prepareCutoffs.
     c.filter = {
         std::clamp (sm (S::resonance).getNextValue() + chainSums.resonance, 0.0f, 1.0f),
         std::clamp (sm (S::phaseMix).getNextValue() + chainSums.phaseMix, 0.0f, 1.0f),

@@ -326,6 +326,17 @@ private:
     void renderChain (int first, int end, int leftMode, bool multibandIdle) noexcept;
     void updateChainControls (int leftMode, const ChainSums& chainSums) noexcept;
     bool cutoffApplied = false;
+    // Each host sample's cut-off and its filters' gains over the group, worked out before the
+    // chain's loop: none of it waits for the signal, and inside the loop each step's way round
+    // the feedback would wait for its divisions.
+    struct GroupCutoffs
+    {
+        static constexpr int size = sourceGroup / 2;
+        static_assert (size % 4 == 0);
+        std::array<float, size> hz {}, limited {}, g {}, inverse {};
+    };
+    GroupCutoffs groupCutoffs;
+    void prepareCutoffs (int first, int end) noexcept;
 
     // Each oscillator's right side, while it runs exactly as its left, is not run at all: the
     // left's output stands for both, and its state is copied over when the two part.

@@ -42,18 +42,23 @@ void VoiceFilter::clearSignalState() noexcept
     phaseModel.feedbackSample = 0.0f;
 }
 
+float VoiceFilter::limitCutoff (float hz, double oversampledRate) noexcept
+{
+    return std::clamp (hz, 20.0f, 0.45f * rateOrDefault (oversampledRate));
+}
+
 CutoffCoefficients VoiceFilter::coefficientsFor (float hz, double oversampledRate) noexcept
 {
-    const float r = (float) (oversampledRate > 0.0 ? oversampledRate : 44100.0);
-    const float limited = std::clamp (hz, 20.0f, 0.45f * r);
-    // Held under 0.45 of the rate, the angle stays under a quarter turn: tan as sine over cosine
-    // without the folding that fast::tan does for any angle, to the same bits.
-    const float turns = limited * pi / r * 0.15915494f;
-    const float g = fast::detail::sinQuarter (turns) / fast::detail::sinQuarter (0.25f - turns);
-    const float inverse = 1.0f / (1.0f + g);
+    const float limited = limitCutoff (hz, oversampledRate);
+    const float g = filterDetail::integratorGain (limited, rateOrDefault (oversampledRate));
+    return coefficientsFrom (limited, g, 1.0f / (1.0f + g), oversampledRate);
+}
+
+CutoffCoefficients VoiceFilter::coefficientsFrom (float limited, float g, float inverse, double oversampledRate) noexcept
+{
     StageGains stages;
     stages.set (g * inverse, inverse);
-    return { g, stages, std::clamp (188.49556f / r, 0.0f, 1.0f), limited };
+    return { g, stages, std::clamp (188.49556f / rateOrDefault (oversampledRate), 0.0f, 1.0f), limited };
 }
 
 void VoiceFilter::changeModel (int newModel) noexcept

@@ -96,6 +96,11 @@ struct VoiceFilter
     void clearSignalState() noexcept;
 
     static CutoffCoefficients coefficientsFor (float hz, double oversampledRate) noexcept;
+    // The same in two parts, for a caller that works out the gains of many cut-offs at once: the
+    // cut-off held to what the rate allows, then the coefficients from its gains.
+    static float limitCutoff (float hz, double oversampledRate) noexcept;
+    static CutoffCoefficients coefficientsFrom (float limited, float g, float inverse, double oversampledRate) noexcept;
+    static float rateOrDefault (double oversampledRate) noexcept { return (float) (oversampledRate > 0.0 ? oversampledRate : 44100.0); }
     void setCutoff (float hz) noexcept { applyCutoff (coefficientsFor (hz, rate)); }
     void applyCutoff (const CutoffCoefficients& c) noexcept;
 
@@ -117,6 +122,16 @@ private:
 // The per-sample steps, inline so that the voice's loop runs them without calls.
 namespace filterDetail
 {
+    // The prewarped integrator gain tan(pi f / rate) of a cut-off held under 0.45 of the rate, a
+    // float or a vector of them. The angle stays under a quarter turn: sine over cosine without
+    // the folding that fast::tan does for any angle, to the same bits.
+    template <typename T>
+    inline T integratorGain (T limited, float rate) noexcept
+    {
+        const T turns = limited * 3.1415927f / rate * 0.15915494f;
+        return fast::detail::sinQuarter (turns) / fast::detail::sinQuarter (0.25f - turns);
+    }
+
     // What the states alone give each stage: its output for an input of 0. Lane 3 is the
     // fourth stage's, the prediction the resonance feeds back.
     inline fast::Lanes fromStates (const StageGains& p, fast::Lanes s) noexcept

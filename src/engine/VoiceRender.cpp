@@ -194,8 +194,51 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
         sm (s).skip (n);
 }
 
+void VoiceEngine::prepareCutoffs (int first, int end) noexcept
+{
+    auto& c = chainSlow;
+    auto& g = groupCutoffs;
+    const double overRate = sampleRate * 2.0;
+    bool moves = false; // the loop works out coefficients only where the cut-off moves
+    float last = cutoffKey;
+    for (int i = first; i < end; ++i)
+    {
+        const auto& step = chainSteps[(size_t) i];
+        // The cut-off's own value and its matrix terms, when the controls are worked out again.
+        if (step.controlsUpdated)
+        {
+            c.envelopeSemitones = sm (S::envAmount).getNextValue() * velToFilterScale + step.sums.filterEnv;
+            c.cutoffSemitones = step.sums.cutoff;
+            c.cutoffHz = cutoff.getNextValue();
+        }
+        const float octaves = (c.envelopeSemitones * step.filterEnvValue + c.cutoffSemitones) * (1.0f / 12.0f);
+        const float octaveFactor = cutoffOctaveCache.get (octaves, [] (float o) { return fast::exp2 (o); });
+        const size_t k = (size_t) (i - first);
+        g.hz[k] = std::clamp (c.cutoffHz * octaveFactor, 20.0f, 20000.0f);
+        g.limited[k] = VoiceFilter::limitCutoff (g.hz[k], overRate);
+        moves = moves || ! (g.hz[k] == last);
+        last = g.hz[k];
+    }
+    if (! moves)
+        return;
+    // Four at a time, the whole group: lanes past its end hold the last step's values, harmlessly.
+    for (size_t k = (size_t) (end - first); k < (size_t) GroupCutoffs::size; ++k)
+        g.limited[k] = g.limited[(size_t) (end - first - 1)];
+    const float rate = VoiceFilter::rateOrDefault (overRate);
+    for (size_t k = 0; k < (size_t) GroupCutoffs::size; k += 4)
+    {
+        fast::Lanes limited;
+        std::memcpy (&limited, g.limited.data() + k, sizeof (limited));
+        const fast::Lanes gain = filterDetail::integratorGain (limited, rate);
+        const fast::Lanes inverse = 1.0f / (1.0f + gain);
+        std::memcpy (g.g.data() + k, &gain, sizeof (gain));
+        std::memcpy (g.inverse.data() + k, &inverse, sizeof (inverse));
+    }
+}
+
 void VoiceEngine::renderChain (int first, int end, int leftMode, bool multibandIdle) noexcept
 {
+    prepareCutoffs (first, end);
     float* overLeft = oversampledChannels[0];
     float* overRight = oversampledChannels[1];
     const float* sends = subSends.data();
@@ -209,14 +252,14 @@ void VoiceEngine::renderChain (int first, int end, int leftMode, bool multibandI
         const auto& c = chainSlow;
 
         // Filter cut-off: one for every filter, so its coefficients are worked out once.
-        const float octaves = (c.envelopeSemitones * step.filterEnvValue + c.cutoffSemitones) * (1.0f / 12.0f);
-        const float octaveFactor = cutoffOctaveCache.get (octaves, [] (float o) { return fast::exp2 (o); });
-        const float hz = std::clamp (c.cutoffHz * octaveFactor, 20.0f, 20000.0f);
+        const size_t k = (size_t) (i - first);
+        const float hz = groupCutoffs.hz[k];
         bool cutoffMoved = false;
         if (! (hz == cutoffKey))
         {
             cutoffKey = hz;
-            cutoffCoefficients = VoiceFilter::coefficientsFor (hz, sampleRate * 2.0);
+            cutoffCoefficients = VoiceFilter::coefficientsFrom (groupCutoffs.limited[k], groupCutoffs.g[k],
+                                                                groupCutoffs.inverse[k], sampleRate * 2.0);
             cutoffMoved = true;
         }
         const float feedbackGain = c.feedbackGain, toneCoefficient = c.toneCoefficient;

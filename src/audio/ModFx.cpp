@@ -140,6 +140,10 @@ void ModFx::processActivePair (ModFx& leftUnit, ModFx& rightUnit, float& left, f
 // Two phasers whose glides keep in step, as the two lanes of one vector: each lane meets the
 // operations of phaserStep in the same order, so each side gives the bits of its own unit. A
 // stage's last input is the last output of the stage before it, so five vectors hold the chain.
+//
+// The corners where the coming glides end depend only on the LFO, so a batch of them is worked
+// out first, each independent of the others, and the samples then wait for none of them: worked
+// out one glide at a time, each one's exponential, sines and divisions stood between two stretches.
 void ModFx::phaserPairRun (ModFx& a, ModFx& b, float* left, float* right, int numSamples) noexcept
 {
     using fast::Lanes;
@@ -148,60 +152,110 @@ void ModFx::phaserPairRun (ModFx& a, ModFx& b, float* left, float* right, int nu
     for (size_t k = 0; k < a.stages.size(); ++k)
         chain[k + 1] = fast::sides (a.stages[k].lastOutput, b.stages[k].lastOutput);
     Lanes last = fast::sides (a.phaserLast, b.phaserLast);
+    Lanes coefficients[4];
+    for (size_t k = 0; k < a.stages.size(); ++k)
+        coefficients[k] = fast::sides (a.stages[k].coefficient, b.stages[k].coefficient);
+    Lanes steps[4];
+    for (size_t k = 0; k < a.stages.size(); ++k)
+        steps[k] = fast::sides (a.cornerStep[k], b.cornerStep[k]);
     const Lanes feedback = fast::sides (a.feedback, b.feedback), mix = fast::sides (a.mix, b.mix);
     const bool open = a.feedback == 0.0f && b.feedback == 0.0f;
     const float incrementA = a.rateHz * 6.2831855f / (float) a.sampleRate;
     const float incrementB = b.rateHz * 6.2831855f / (float) b.sampleRate;
+    const float span = (float) a.cornerSpan, perSample = 1.0f / span;
+
+    constexpr int batch = 16;
+    struct Stretch
+    {
+        int count;
+        bool glides;
+        std::array<float, 4> nowA, nowB, aheadA, aheadB;
+    };
+    std::array<Stretch, batch> plan;
 
     for (int i = 0; i < numSamples;)
     {
-        if (a.cornerCountdown <= 0)
+        // The batch's stretches and the LFO's phase at each one's start, by the same steps as
+        // the samples would take it.
+        int stretches = 0;
+        std::array<float, batch> phasesA, phasesB;
+        for (int at = i; at < numSamples && stretches < batch; ++stretches)
         {
-            a.nextGlide();
-            b.nextGlide();
+            auto& stretch = plan[(size_t) stretches];
+            stretch.glides = a.cornerCountdown <= 0;
+            if (stretch.glides)
+                a.cornerCountdown = b.cornerCountdown = a.cornerSpan;
+            stretch.count = std::min (numSamples - at, a.cornerCountdown);
+            a.cornerCountdown -= stretch.count;
+            b.cornerCountdown -= stretch.count;
+            phasesA[(size_t) stretches] = a.lfoPhase;
+            phasesB[(size_t) stretches] = b.lfoPhase;
+            for (int n = 0; n < stretch.count; ++n)
+            {
+                a.lfoPhase += incrementA;
+                if (a.lfoPhase >= 6.2831855f)
+                    a.lfoPhase -= 6.2831855f;
+                b.lfoPhase += incrementB;
+                if (b.lfoPhase >= 6.2831855f)
+                    b.lfoPhase -= 6.2831855f;
+            }
+            at += stretch.count;
         }
-        // One stretch of a glide, with every value in a register.
-        const int count = std::min (numSamples - i, a.cornerCountdown);
-        Lanes c0 = fast::sides (a.stages[0].coefficient, b.stages[0].coefficient), s0 = fast::sides (a.cornerStep[0], b.cornerStep[0]);
-        Lanes c1 = fast::sides (a.stages[1].coefficient, b.stages[1].coefficient), s1 = fast::sides (a.cornerStep[1], b.cornerStep[1]);
-        Lanes c2 = fast::sides (a.stages[2].coefficient, b.stages[2].coefficient), s2 = fast::sides (a.cornerStep[2], b.cornerStep[2]);
-        Lanes c3 = fast::sides (a.stages[3].coefficient, b.stages[3].coefficient), s3 = fast::sides (a.cornerStep[3], b.cornerStep[3]);
-        Lanes x0 = chain[0], y0 = chain[1], y1 = chain[2], y2 = chain[3], y3 = chain[4];
-        float phaseA = a.lfoPhase, phaseB = b.lfoPhase;
-        for (int end = i + count; i < end; ++i)
+        // Where each glide ends, and where a fresh one starts: exact where the LFO will stand.
+        bool freshA = ! a.glideGoesOn, freshB = ! b.glideGoesOn;
+        for (int g = 0; g < stretches; ++g)
         {
-            const Lanes input = fast::sides (left[i], right[i]);
-            const Lanes x = open ? input : feedback * last + input;
-            const Lanes z0 = c0 * x + x0 - c0 * y0;
-            const Lanes z1 = c1 * z0 + y0 - c1 * y1;
-            const Lanes z2 = c2 * z1 + y1 - c2 * y2;
-            const Lanes z3 = c3 * z2 + y2 - c3 * y3;
-            x0 = x, y0 = z0, y1 = z1, y2 = z2, y3 = z3;
-            c0 += s0, c1 += s1, c2 += s2, c3 += s3;
-            last = z3;
-            const Lanes wet = z3 + input;
-            const Lanes out = (wet - input) * mix + input;
-            left[i] = out[0];
-            right[i] = out[1];
+            auto& stretch = plan[(size_t) g];
+            if (! stretch.glides)
+                continue;
+            stretch.aheadA = a.cornersAt (phasesA[(size_t) g] + incrementA * span);
+            stretch.aheadB = b.cornersAt (phasesB[(size_t) g] + incrementB * span);
+            if (freshA)
+                stretch.nowA = a.cornersAt (phasesA[(size_t) g]);
+            if (freshB)
+                stretch.nowB = b.cornersAt (phasesB[(size_t) g]);
+            freshA = freshB = false;
+        }
 
-            phaseA += incrementA;
-            if (phaseA >= 6.2831855f)
-                phaseA -= 6.2831855f;
-            phaseB += incrementB;
-            if (phaseB >= 6.2831855f)
-                phaseB -= 6.2831855f;
-        }
-        a.lfoPhase = phaseA;
-        b.lfoPhase = phaseB;
-        a.cornerCountdown -= count;
-        b.cornerCountdown -= count;
-        const Lanes coefficients[] = { c0, c1, c2, c3 };
-        for (size_t k = 0; k < a.stages.size(); ++k)
+        for (int g = 0; g < stretches; ++g)
         {
-            a.stages[k].coefficient = coefficients[k][0];
-            b.stages[k].coefficient = coefficients[k][1];
+            const auto& stretch = plan[(size_t) g];
+            if (stretch.glides)
+            {
+                // A glide that goes on starts where the last one ended, a fresh one exact.
+                for (size_t k = 0; k < a.stages.size(); ++k)
+                {
+                    if (! a.glideGoesOn)
+                        coefficients[k][0] = stretch.nowA[k];
+                    if (! b.glideGoesOn)
+                        coefficients[k][1] = stretch.nowB[k];
+                    steps[k] = (fast::sides (stretch.aheadA[k], stretch.aheadB[k]) - coefficients[k]) * perSample;
+                }
+                a.glideGoesOn = b.glideGoesOn = true;
+            }
+            // One stretch of a glide, with every value in a register.
+            Lanes c0 = coefficients[0], c1 = coefficients[1], c2 = coefficients[2], c3 = coefficients[3];
+            const Lanes s0 = steps[0], s1 = steps[1], s2 = steps[2], s3 = steps[3];
+            Lanes x0 = chain[0], y0 = chain[1], y1 = chain[2], y2 = chain[3], y3 = chain[4];
+            for (int end = i + stretch.count; i < end; ++i)
+            {
+                const Lanes input = fast::sides (left[i], right[i]);
+                const Lanes x = open ? input : feedback * last + input;
+                const Lanes z0 = c0 * x + x0 - c0 * y0;
+                const Lanes z1 = c1 * z0 + y0 - c1 * y1;
+                const Lanes z2 = c2 * z1 + y1 - c2 * y2;
+                const Lanes z3 = c3 * z2 + y2 - c3 * y3;
+                x0 = x, y0 = z0, y1 = z1, y2 = z2, y3 = z3;
+                c0 += s0, c1 += s1, c2 += s2, c3 += s3;
+                last = z3;
+                const Lanes wet = z3 + input;
+                const Lanes out = (wet - input) * mix + input;
+                left[i] = out[0];
+                right[i] = out[1];
+            }
+            coefficients[0] = c0, coefficients[1] = c1, coefficients[2] = c2, coefficients[3] = c3;
+            chain[0] = x0, chain[1] = y0, chain[2] = y1, chain[3] = y2, chain[4] = y3;
         }
-        chain[0] = x0, chain[1] = y0, chain[2] = y1, chain[3] = y2, chain[4] = y3;
     }
 
     for (auto [unit, lane] : { std::pair { &a, 0 }, std::pair { &b, 1 } })
@@ -210,6 +264,8 @@ void ModFx::phaserPairRun (ModFx& a, ModFx& b, float* left, float* right, int nu
         {
             unit->stages[k].lastInput = chain[k][lane];
             unit->stages[k].lastOutput = chain[k + 1][lane];
+            unit->stages[k].coefficient = coefficients[k][lane];
+            unit->cornerStep[k] = steps[k][lane];
         }
         unit->phaserLast = last[lane];
     }
@@ -219,7 +275,8 @@ void ModFx::processPair (ModFx& leftUnit, ModFx& rightUnit, float* left, float* 
 {
     if (leftUnit.active() && rightUnit.active())
     {
-        if (leftUnit.mode == phaser && rightUnit.mode == phaser && leftUnit.cornerCountdown == rightUnit.cornerCountdown)
+        if (leftUnit.mode == phaser && rightUnit.mode == phaser && leftUnit.cornerCountdown == rightUnit.cornerCountdown
+            && leftUnit.cornerSpan == rightUnit.cornerSpan)
         {
             phaserPairRun (leftUnit, rightUnit, left, right, numSamples);
             return;

@@ -42,23 +42,11 @@ void VoiceFilter::clearSignalState() noexcept
     phaseModel.feedbackSample = 0.0f;
 }
 
-float VoiceFilter::limitCutoff (float hz, double oversampledRate) noexcept
-{
-    return std::clamp (hz, 20.0f, 0.45f * rateOrDefault (oversampledRate));
-}
-
 CutoffCoefficients VoiceFilter::coefficientsFor (float hz, double oversampledRate) noexcept
 {
     const float limited = limitCutoff (hz, oversampledRate);
     const float g = filterDetail::integratorGain (limited, rateOrDefault (oversampledRate));
     return coefficientsFrom (limited, g, 1.0f / (1.0f + g), oversampledRate);
-}
-
-CutoffCoefficients VoiceFilter::coefficientsFrom (float limited, float g, float inverse, double oversampledRate) noexcept
-{
-    StageGains stages;
-    stages.set (g * inverse, inverse);
-    return { g, stages, std::clamp (188.49556f / rateOrDefault (oversampledRate), 0.0f, 1.0f), limited };
 }
 
 void VoiceFilter::changeModel (int newModel) noexcept

@@ -2,6 +2,7 @@
 
 #include "engine/FastMath.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -197,7 +198,19 @@ inline float PhaseModel::process (float x) noexcept
     return (wet - x) * mix + x;
 }
 
-// Inline: with the cut-off moving, the voice hands them over on every host sample.
+inline float VoiceFilter::limitCutoff (float hz, double oversampledRate) noexcept
+{
+    return std::clamp (hz, 20.0f, 0.45f * rateOrDefault (oversampledRate));
+}
+
+// Inline, as the next: with the cut-off moving, the voice works them out on every host sample.
+inline CutoffCoefficients VoiceFilter::coefficientsFrom (float limited, float g, float inverse, double oversampledRate) noexcept
+{
+    StageGains stages;
+    stages.set (g * inverse, inverse);
+    return { g, stages, std::clamp (188.49556f / rateOrDefault (oversampledRate), 0.0f, 1.0f), limited };
+}
+
 inline void VoiceFilter::applyCutoff (const CutoffCoefficients& c) noexcept
 {
     stageGains = c.stages;

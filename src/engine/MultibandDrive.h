@@ -90,7 +90,7 @@ struct MultibandDrive
 
     // Both sides over a run of up to maximumRun samples with settings that stand: the same bits as
     // the run's samples one at a time, the splits first, then each shaper over the run.
-    static constexpr int maximumRun = 32;
+    static constexpr int maximumRun = 128;
     void process (float* left, float* right, int numSamples, bool rightAsLeft) noexcept;
 
     void copyLeftToRight() noexcept;

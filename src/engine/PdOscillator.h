@@ -85,7 +85,7 @@ struct PdOscillator
     // only its other terms. completeRun then adds the waves where a step was deferred.
     struct Run
     {
-        static constexpr int capacity = 32;
+        static constexpr int capacity = 128;
         float phase[capacity] {}, dcw[capacity] {}, morph[capacity] {};
         int deferred[capacity] {}; // 0 or 1, written for every step: an int, so that the passes vectorise
 

@@ -72,24 +72,25 @@ inline float dbToGain (float db) noexcept { return std::exp2 (db * 0.16609640f);
 
 inline float tanh (float x) noexcept
 {
-    const float a = std::abs (x);
+    // Odd in x: x times a function of x^2 gives the sign by itself, and x^2 tells where |x| lies
+    // (x^2 > 56.25 exactly when |x| > 7.5, as rounded floats), so no step waits for |x|.
+    const float x2 = x * x;
     // Far out, where a signal seldom goes, the closed form; it saturates to 1 by itself.
-    if (a > 7.5f)
-        return std::copysign (1.0f - 2.0f / (std::exp2 (std::min (a, 10.0f) * 2.8853901f) + 1.0f), x);
+    if (x2 > 56.25f)
+        return std::copysign (1.0f - 2.0f / (std::exp2 (std::min (std::abs (x), 10.0f) * 2.8853901f) + 1.0f), x);
 
     // Below that both forms are computed and one is picked, so that signals crossing 0.25 cost
     // no branch. Neither calls the library: a saturator in a feedback loop waits for its tanh.
-    const float a2 = a * a;
-    // Series to a^7: relative remainder under 1e-7 below 0.25, and exact near 0.
-    const float series = a * (1.0f + a2 * (-0.33333333f + a2 * (0.13333333f + a2 * -0.053968254f)));
-    // A rational minimax fit, a^13 over a^6 (error under 3e-8 before rounding up to 7.5),
+    // Series to x^7: relative remainder under 1e-7 below 0.25, and exact near 0.
+    const float series = x * (1.0f + x2 * (-0.33333333f + x2 * (0.13333333f + x2 * -0.053968254f)));
+    // A rational minimax fit, x^13 over x^6 (error under 3e-8 before rounding up to 7.5),
     // evaluated in pairs for a short dependent path.
-    const float a4 = a2 * a2, a8 = a4 * a4;
-    const float p = ((4.89352455891786e-3f + 6.37261928875436e-4f * a2) + a4 * (1.48572235717979e-5f + 5.12229709037114e-8f * a2))
-                    + a8 * ((-8.60467152213735e-11f + 2.00018790482477e-13f * a2) + a4 * -2.76076847742355e-16f);
-    const float q = (4.89352518554385e-3f + 2.26843463243900e-3f * a2) + a4 * (1.18534705686654e-4f + 1.19825839466702e-6f * a2);
-    const float rational = a * p / q;
-    return std::copysign (a < 0.25f ? series : rational, x);
+    const float x4 = x2 * x2, x8 = x4 * x4;
+    const float p = ((4.89352455891786e-3f + 6.37261928875436e-4f * x2) + x4 * (1.48572235717979e-5f + 5.12229709037114e-8f * x2))
+                    + x8 * ((-8.60467152213735e-11f + 2.00018790482477e-13f * x2) + x4 * -2.76076847742355e-16f);
+    const float q = (4.89352518554385e-3f + 2.26843463243900e-3f * x2) + x4 * (1.18534705686654e-4f + 1.19825839466702e-6f * x2);
+    const float rational = x * p / q;
+    return x2 < 0.0625f ? series : rational;
 }
 
 // Four floats worked on side by side (GCC's and Clang's vector types: plain SSE on x86-64).
@@ -124,19 +125,16 @@ namespace detail
 // past 7.5, where a signal seldom goes, sends the whole vector through the scalar form.
 inline Lanes tanh (Lanes x) noexcept
 {
-    using Words = unsigned __attribute__ ((vector_size (16)));
     const auto& k = detail::tanhLanes;
-    const Lanes a = (Lanes) ((Words) x & 0x7FFFFFFFu);
-    const auto far = a > k.limit;
+    const Lanes x2 = x * x;
+    const auto far = x2 > k.limit;
     if ((far[0] | far[1] | far[2] | far[3]) != 0)
         return Lanes { tanh (x[0]), tanh (x[1]), tanh (x[2]), tanh (x[3]) };
-    const Lanes a2 = a * a;
-    const Lanes series = a * (k.one + a2 * (k.s1 + a2 * (k.s2 + a2 * k.s3)));
-    const Lanes a4 = a2 * a2, a8 = a4 * a4;
-    const Lanes p = ((k.p0 + k.p1 * a2) + a4 * (k.p2 + k.p3 * a2)) + a8 * ((k.p4 + k.p5 * a2) + a4 * k.p6);
-    const Lanes q = (k.q0 + k.q1 * a2) + a4 * (k.q2 + k.q3 * a2);
-    const Lanes rational = a * p / q;
-    const Lanes magnitude = a < k.seriesEnd ? series : rational;
-    return (Lanes) ((Words) magnitude | ((Words) x & 0x80000000u));
+    const Lanes series = x * (k.one + x2 * (k.s1 + x2 * (k.s2 + x2 * k.s3)));
+    const Lanes x4 = x2 * x2, x8 = x4 * x4;
+    const Lanes p = ((k.p0 + k.p1 * x2) + x4 * (k.p2 + k.p3 * x2)) + x8 * ((k.p4 + k.p5 * x2) + x4 * k.p6);
+    const Lanes q = (k.q0 + k.q1 * x2) + x4 * (k.q2 + k.q3 * x2);
+    const Lanes rational = x * p / q;
+    return x2 < k.seriesEnd ? series : rational;
 }
 }

@@ -109,6 +109,26 @@ inline Lanes broadcast (Lanes v) noexcept
     return Lanes { v[i], v[i], v[i], v[i] };
 }
 
+// Each lane of v held to at least (at most) the bound's, a NaN lane going to the bound: single
+// instructions on x86-64, where the plain comparison and choice take four.
+inline Lanes atLeast (Lanes v, Lanes bound) noexcept
+{
+#if defined(__SSE__)
+    return __builtin_ia32_maxps (v, bound);
+#else
+    return v > bound ? v : bound;
+#endif
+}
+
+inline Lanes atMost (Lanes v, Lanes bound) noexcept
+{
+#if defined(__SSE__)
+    return __builtin_ia32_minps (v, bound);
+#else
+    return v < bound ? v : bound;
+#endif
+}
+
 namespace detail
 {
     // The vector tanh's constants as whole vectors, defined out of line: a constant the compiler

@@ -28,8 +28,7 @@ namespace
             const Lanes t = halfGain * v;
             const Lanes position = (t - from) * scale;
             // Held within the table (a NaN to its first row), as the scalar read holds its index.
-            const Lanes above = position >= lowest ? position : lowest;
-            const Indices index = __builtin_convertvector (above <= highest ? above : highest, Indices);
+            const Indices index = __builtin_convertvector (fast::atMost (fast::atLeast (position, lowest), highest), Indices);
             const Lanes fraction = position - __builtin_convertvector (index, Lanes);
             Lanes rows[4];
             for (int lane = 0; lane < 4; ++lane)

@@ -360,14 +360,13 @@ void VoiceEngine::renderMultiband (int first, int end, int leftMode) noexcept
     float* overLeft = oversampledChannels[0];
     float* overRight = oversampledChannels[1];
     const float* posts = subPosts.data();
-    const auto alikeAt = [&] (int j) { return chainLockedSteps[(size_t) (j - 2 * first)]; };
-    const auto settingsMoveAt = [&] (int j) { return j % 2 == 0 && chainSteps[(size_t) (j / 2)].controlsUpdated; };
+    const bool* alike = chainLockedSteps.data() - 2 * first; // by oversampled step
 
     for (int j = 2 * first; j < 2 * end;)
     {
-        if (settingsMoveAt (j))
+        if (j % 2 == 0 && chainSteps[(size_t) (j / 2)].controlsUpdated)
             updateMultiband (leftMode, chainSteps[(size_t) (j / 2)].sums);
-        const bool sidesAlike = alikeAt (j);
+        const bool sidesAlike = alike[j];
         if (multibandLocked && ! sidesAlike)
         {
             multiband.copyLeftToRight();
@@ -379,9 +378,11 @@ void VoiceEngine::renderMultiband (int first, int end, int leftMode) noexcept
             multibandLocked = multiband.sidesEqual();
         }
 
-        int runEnd = j + 1;
-        while (runEnd < 2 * end && alikeAt (runEnd) == sidesAlike && ! settingsMoveAt (runEnd))
-            ++runEnd;
+        // The run ends where the settings move, at a host sample, or where the lock would change.
+        int nextMove = j / 2 + 1;
+        while (nextMove < end && ! chainSteps[(size_t) nextMove].controlsUpdated)
+            ++nextMove;
+        const int runEnd = (int) (std::find (alike + j + 1, alike + 2 * nextMove, ! sidesAlike) - alike);
         multiband.process (overLeft + j, overRight + j, runEnd - j, multibandLocked);
         for (; j < runEnd; ++j)
         {

@@ -35,9 +35,13 @@ void ModFx::prepare (double rate)
     chorusCoefficient = (float) (1.0 - std::exp (-25132.742 / sampleRate)); // 4 kHz
 }
 
-std::array<float, 4> ModFx::cornersAt (float phaseAt) const noexcept
+float ModFx::sweepAt (float phaseAt) const noexcept
 {
-    const float f = fast::exp (depth * 1.245f * fast::sin (phaseAt + lfoOffset) + 6.765f);
+    return fast::exp (depth * 1.245f * fast::sin (phaseAt + lfoOffset) + 6.765f);
+}
+
+std::array<float, 4> ModFx::cornersFor (float f) const noexcept
+{
     constexpr float multiples[] = { 0.5f, 0.85f, 1.2f, 1.6f };
     const float rate = (float) sampleRate;
 
@@ -62,11 +66,11 @@ void ModFx::nextGlide() noexcept
     const float increment = rateHz * 6.2831855f / (float) sampleRate;
     if (! glideGoesOn)
     {
-        const auto now = cornersAt (lfoPhase);
+        const auto now = cornersFor (sweepAt (lfoPhase));
         for (size_t k = 0; k < stages.size(); ++k)
             stages[k].coefficient = now[k];
     }
-    const auto ahead = cornersAt (lfoPhase + increment * (float) cornerSpan);
+    const auto ahead = cornersFor (sweepAt (lfoPhase + increment * (float) cornerSpan));
     for (size_t k = 0; k < stages.size(); ++k)
         cornerStep[k] = (ahead[k] - stages[k].coefficient) * (1.0f / (float) cornerSpan);
     cornerCountdown = cornerSpan;
@@ -188,32 +192,42 @@ void ModFx::phaserPairRun (ModFx& a, ModFx& b, float* left, float* right, int nu
             stretch.count = std::min (numSamples - at, a.cornerCountdown);
             a.cornerCountdown -= stretch.count;
             b.cornerCountdown -= stretch.count;
-            phasesA[(size_t) stretches] = a.lfoPhase;
-            phasesB[(size_t) stretches] = b.lfoPhase;
+            float phaseA = a.lfoPhase, phaseB = b.lfoPhase;
+            phasesA[(size_t) stretches] = phaseA;
+            phasesB[(size_t) stretches] = phaseB;
             for (int n = 0; n < stretch.count; ++n)
             {
-                a.lfoPhase += incrementA;
-                if (a.lfoPhase >= 6.2831855f)
-                    a.lfoPhase -= 6.2831855f;
-                b.lfoPhase += incrementB;
-                if (b.lfoPhase >= 6.2831855f)
-                    b.lfoPhase -= 6.2831855f;
+                phaseA += incrementA;
+                if (phaseA >= 6.2831855f)
+                    phaseA -= 6.2831855f;
+                phaseB += incrementB;
+                if (phaseB >= 6.2831855f)
+                    phaseB -= 6.2831855f;
             }
+            a.lfoPhase = phaseA;
+            b.lfoPhase = phaseB;
             at += stretch.count;
         }
         // Where each glide ends, and where a fresh one starts: exact where the LFO will stand.
+        // The sweep's frequencies first, then the corners from them, each pass of independent steps.
         bool freshA = ! a.glideGoesOn, freshB = ! b.glideGoesOn;
+        std::array<float, batch> sweepsA, sweepsB;
+        for (int g = 0; g < stretches; ++g)
+        {
+            sweepsA[(size_t) g] = a.sweepAt (phasesA[(size_t) g] + incrementA * span);
+            sweepsB[(size_t) g] = b.sweepAt (phasesB[(size_t) g] + incrementB * span);
+        }
         for (int g = 0; g < stretches; ++g)
         {
             auto& stretch = plan[(size_t) g];
             if (! stretch.glides)
                 continue;
-            stretch.aheadA = a.cornersAt (phasesA[(size_t) g] + incrementA * span);
-            stretch.aheadB = b.cornersAt (phasesB[(size_t) g] + incrementB * span);
+            stretch.aheadA = a.cornersFor (sweepsA[(size_t) g]);
+            stretch.aheadB = b.cornersFor (sweepsB[(size_t) g]);
             if (freshA)
-                stretch.nowA = a.cornersAt (phasesA[(size_t) g]);
+                stretch.nowA = a.cornersFor (a.sweepAt (phasesA[(size_t) g]));
             if (freshB)
-                stretch.nowB = b.cornersAt (phasesB[(size_t) g]);
+                stretch.nowB = b.cornersFor (b.sweepAt (phasesB[(size_t) g]));
             freshA = freshB = false;
         }
 

@@ -102,6 +102,8 @@ private:
     float step (float input) noexcept;
     float phaserStep (float input) noexcept;
     void nextGlide() noexcept;
-    std::array<float, 4> cornersAt (float lfoPhaseAt) const noexcept;
+    // The sweep's frequency where the LFO stands at a phase, and the four corners it gives.
+    float sweepAt (float lfoPhaseAt) const noexcept;
+    std::array<float, 4> cornersFor (float sweepHz) const noexcept;
 };
 }

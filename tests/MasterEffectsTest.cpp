@@ -464,6 +464,44 @@ TEST (MasterEffects, RunningStretchesGivesTheSamplesOfTheSampleChain)
     }
 }
 
+// The delay runs its reads and its writes in two passes over runs no longer than its time: at
+// times down to a sample, while the time sweeps, a block must give the bits of its samples.
+TEST (StereoDelay, RunsShorterThanTheTimeGiveTheBitsOfTheSampleStep)
+{
+    for (const double r2 : { 1000.0, 8000.0, 48000.0 })
+        for (const auto [fromMs, toMs] : { std::pair { 1.0f, 1.0f }, { 1.0f, 9.0f }, { 300.0f, 2.0f } })
+        {
+            const auto make = [&]
+            {
+                StereoDelay d;
+                d.setDelayTimeMs (fromMs);
+                d.prepare (r2);
+                d.enabled = true;
+                d.mix = 0.7f;
+                d.feedback = 0.9f;
+                d.pingPong = true;
+                d.setDelayTimeMs (toMs);
+                return d;
+            };
+            auto bySample = make(), byBlock = make();
+            std::mt19937 rng (9);
+            std::uniform_real_distribution<float> dist (-1.0f, 1.0f);
+            std::vector<float> l (3000), r (3000);
+            for (size_t i = 0; i < l.size(); ++i)
+                l[i] = dist (rng), r[i] = dist (rng);
+            auto wantL = l, wantR = r;
+            for (size_t i = 0; i < l.size(); ++i)
+                bySample.process (wantL[i], wantR[i]);
+            for (int start = 0, n = 1; start < (int) l.size(); start += n, n = n * 5 % 211 + 1)
+            {
+                n = std::min (n, (int) l.size() - start);
+                byBlock.process (l.data() + start, r.data() + start, n);
+            }
+            EXPECT_EQ (l, wantL) << r2 << " Hz, " << fromMs << " to " << toMs << " ms";
+            EXPECT_EQ (r, wantR) << r2 << " Hz, " << fromMs << " to " << toMs << " ms";
+        }
+}
+
 // The reverb runs its stages over runs of samples; at every rate and predelay, and over stretches
 // of uneven lengths, that must give the bits of its one-sample step.
 TEST (PlateReverb, RunsOfSamplesGiveTheBitsOfTheSampleStep)

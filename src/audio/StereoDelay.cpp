@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace morvane
 {
@@ -101,6 +102,10 @@ void StereoDelay::process (float& left, float& right) noexcept
 // The two sides always get the same time, so their smoothed times stay equal to the bit: one read
 // position serves both lines, and the two sides' filters run as two lanes of one vector. Each
 // lane meets the operations of step in the same order.
+//
+// In runs no longer than the delay, in two passes: the reads and the filters, whose states carry
+// from sample to sample, then the saturation, the writes and the mix, two samples to a vector.
+// A run's reads then reach no sample written in the same run.
 void StereoDelay::sharedTimeRun (float* left, float* right, int numSamples) noexcept
 {
     using fast::Lanes;
@@ -115,35 +120,60 @@ void StereoDelay::sharedTimeRun (float* left, float* right, int numSamples) noex
     // Held apart from the members, which the lines' stores might otherwise overwrite for all the
     // compiler knows.
     const float timeShare = smoothing, toneShare = toneCoefficient, dcShare = dcCoefficient;
-    const float loop = feedback, wetShare = mix;
+    const Lanes loop = fast::splat (feedback), wetShare = fast::splat (mix);
     const int wrap = mask;
     int write = writeIndex;
 
-    for (int i = 0; i < numSamples; ++i)
+    constexpr int longest = 64;
+    // Each sample's two sides side by side, and room for a last odd sample's empty pair.
+    alignas (16) float taps[2 * longest + 2], ys[2 * longest + 2];
+    for (int start = 0; start < numSamples;)
     {
-        current += (target - current) * timeShare;
-        const int whole = (int) current;
-        const float fraction = current - (float) whole;
-        const int newer = (write - whole) & wrap;
-        const int older = (newer - 1) & wrap;
-        const Lanes a = fast::sides (readLeft[newer], readRight[newer]);
-        const Lanes tap = a + (fast::sides (readLeft[older], readRight[older]) - a) * fraction;
+        // The smoothed time moves straight towards its target, so it stays above the nearer of
+        // the two over the run; one sample is always safe, its read coming before its write.
+        const int n = std::max (1, std::min ({ numSamples - start, longest, (int) std::min (current, target) }));
 
-        tone += (tap - tone) * toneShare;
-        const Lanes y = (tone + dcOutput - dcInput) * dcShare;
-        dcInput = tone;
-        dcOutput = y;
-        const Lanes feed = fast::tanh (y);
+        for (int i = 0; i < n; ++i)
+        {
+            current += (target - current) * timeShare;
+            const int whole = (int) current;
+            const float fraction = current - (float) whole;
+            const int newer = (write + i - whole) & wrap;
+            const int older = (newer - 1) & wrap;
+            const Lanes a = fast::sides (readLeft[newer], readRight[newer]);
+            const Lanes tap = a + (fast::sides (readLeft[older], readRight[older]) - a) * fraction;
 
-        const Lanes input = fast::sides (left[i], right[i]);
-        const Lanes written = input + loop * feed;
-        writeFirst[write] = written[0];
-        writeSecond[write] = written[1];
-        write = (write + 1) & wrap;
+            tone += (tap - tone) * toneShare;
+            const Lanes y = (tone + dcOutput - dcInput) * dcShare;
+            dcInput = tone;
+            dcOutput = y;
+            taps[2 * i] = tap[0];
+            taps[2 * i + 1] = tap[1];
+            ys[2 * i] = y[0];
+            ys[2 * i + 1] = y[1];
+        }
+        if (n % 2 != 0)
+            taps[2 * n] = taps[2 * n + 1] = ys[2 * n] = ys[2 * n + 1] = 0.0f;
 
-        const Lanes out = input + (tap - input) * wetShare;
-        left[i] = out[0];
-        right[i] = out[1];
+        for (int i = 0; i < n; i += 2)
+        {
+            Lanes y, tap;
+            std::memcpy (&y, ys + 2 * i, sizeof (y));
+            std::memcpy (&tap, taps + 2 * i, sizeof (tap));
+            const Lanes input { left[start + i], right[start + i], i + 1 < n ? left[start + i + 1] : 0.0f, i + 1 < n ? right[start + i + 1] : 0.0f };
+            const Lanes written = input + loop * fast::tanh (y);
+            const Lanes out = input + (tap - input) * wetShare;
+            for (int k = 0; k < 2 && i + k < n; ++k)
+            {
+                const int at = (write + i + k) & wrap;
+                writeFirst[at] = written[2 * k];
+                writeSecond[at] = written[2 * k + 1];
+                left[start + i + k] = out[2 * k];
+                right[start + i + k] = out[2 * k + 1];
+            }
+        }
+        write = (write + n) & wrap;
+        start += n;
     }
 
     writeIndex = write;

@@ -230,7 +230,8 @@ private:
     // Written, and handed to the Mod FX pair and the EQs, only for the host samples whose controls
     // were worked out again (the chunk's first always is).
     std::vector<OutputControls> outputControls;
-    void applyOutputControls (const OutputControls& controls) noexcept;
+    void applyModFxControls (const OutputControls& controls) noexcept;
+    void applyEqControls (const OutputControls& controls) noexcept;
 
     // A power of ten recomputed only when its exponent moves: static patches pay no pow.
     struct CachedExp

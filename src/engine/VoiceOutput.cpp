@@ -5,7 +5,7 @@
 
 namespace morvane
 {
-void VoiceEngine::applyOutputControls (const OutputControls& controls) noexcept
+void VoiceEngine::applyModFxControls (const OutputControls& controls) noexcept
 {
     for (auto& unit : modFx)
     {
@@ -16,6 +16,10 @@ void VoiceEngine::applyOutputControls (const OutputControls& controls) noexcept
         unit.feedback = controls.fxFeedback;
         unit.mix = controls.fxMix;
     }
+}
+
+void VoiceEngine::applyEqControls (const OutputControls& controls) noexcept
+{
     postEq.enabled = controls.eqEnabled;
     // A disabled EQ filters nothing, so it is designed when it comes back.
     if (postEq.enabled)
@@ -33,9 +37,10 @@ void VoiceEngine::outputStage (juce::AudioBuffer<float>& buffer, int start, int 
     if (outLeft == nullptr)
         return;
 
-    // The voice with the post noise, then Mod FX and the post EQ over each run of samples whose
-    // controls stand, then gain, blockers and mono low: each sample meets the same steps in the
-    // same order as in one pass a sample at a time.
+    // The voice with the post noise, then Mod FX over each run of samples whose controls stand,
+    // then the post EQ, gain, blockers and mono low: each sample meets the same steps in the
+    // same order as in one pass a sample at a time. The EQ's loops and the blockers' wait for
+    // nothing of each other's, so they share one loop.
     float* wetLeft = dryBuffer.getWritePointer (0);
     float* wetRight = dryBuffer.getWritePointer (1);
     for (int i = 0; i < n; ++i)
@@ -46,19 +51,21 @@ void VoiceEngine::outputStage (juce::AudioBuffer<float>& buffer, int start, int 
     for (int i = 0; i < n;)
     {
         if (chainSteps[(size_t) i].controlsUpdated)
-            applyOutputControls (outputControls[(size_t) i]);
+            applyModFxControls (outputControls[(size_t) i]);
         int end = i + 1;
         while (end < n && ! chainSteps[(size_t) end].controlsUpdated)
             ++end;
         ModFx::processPair (modFx[Side::left], modFx[Side::right], wetLeft + i, wetRight + i, end - i);
-        if (postEq.enabled)
-            for (int k = i; k < end; ++k)
-                postEq.process (wetLeft[k], wetRight[k]);
         i = end;
     }
 
     for (int i = 0; i < n; ++i)
     {
+        if (chainSteps[(size_t) i].controlsUpdated)
+            applyEqControls (outputControls[(size_t) i]);
+        if (postEq.enabled)
+            postEq.process (wetLeft[i], wetRight[i]);
+
         float g = gainBuffer[(size_t) i];
         if (antiClickCounter > 0)
         {

@@ -213,10 +213,11 @@ void ModFx::phaserPairRun (ModFx& a, ModFx& b, float* left, float* right, int nu
         bool freshA = ! a.glideGoesOn, freshB = ! b.glideGoesOn;
         std::array<float, batch> sweepsA, sweepsB;
         for (int g = 0; g < stretches; ++g)
-        {
-            sweepsA[(size_t) g] = a.sweepAt (phasesA[(size_t) g] + incrementA * span);
-            sweepsB[(size_t) g] = b.sweepAt (phasesB[(size_t) g] + incrementB * span);
-        }
+            if (plan[(size_t) g].glides)
+            {
+                sweepsA[(size_t) g] = a.sweepAt (phasesA[(size_t) g] + incrementA * span);
+                sweepsB[(size_t) g] = b.sweepAt (phasesB[(size_t) g] + incrementB * span);
+            }
         for (int g = 0; g < stretches; ++g)
         {
             auto& stretch = plan[(size_t) g];

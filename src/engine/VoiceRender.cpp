@@ -360,13 +360,14 @@ void VoiceEngine::renderMultiband (int first, int end, int leftMode) noexcept
     float* overLeft = oversampledChannels[0];
     float* overRight = oversampledChannels[1];
     const float* posts = subPosts.data();
-    const bool* alike = chainLockedSteps.data() - 2 * first; // by oversampled step
+    const bool* alike = chainLockedSteps.data(); // from the group's first oversampled step
+    const int offset = 2 * first;
 
     for (int j = 2 * first; j < 2 * end;)
     {
         if (j % 2 == 0 && chainSteps[(size_t) (j / 2)].controlsUpdated)
             updateMultiband (leftMode, chainSteps[(size_t) (j / 2)].sums);
-        const bool sidesAlike = alike[j];
+        const bool sidesAlike = alike[j - offset];
         if (multibandLocked && ! sidesAlike)
         {
             multiband.copyLeftToRight();
@@ -382,7 +383,7 @@ void VoiceEngine::renderMultiband (int first, int end, int leftMode) noexcept
         int nextMove = j / 2 + 1;
         while (nextMove < end && ! chainSteps[(size_t) nextMove].controlsUpdated)
             ++nextMove;
-        const int runEnd = (int) (std::find (alike + j + 1, alike + 2 * nextMove, ! sidesAlike) - alike);
+        const int runEnd = offset + (int) (std::find (alike + j + 1 - offset, alike + 2 * nextMove - offset, ! sidesAlike) - alike);
         multiband.process (overLeft + j, overRight + j, runEnd - j, multibandLocked);
         for (; j < runEnd; ++j)
         {

@@ -36,6 +36,17 @@ StereoDelay makeDelay (float ms, float feedback, bool pingPong)
     return d;
 }
 
+// Two channels of uniform noise within +-peak, the same for every run of a seed.
+std::pair<std::vector<float>, std::vector<float>> noiseBlock (size_t length, unsigned seed, float peak)
+{
+    std::mt19937 rng (seed);
+    std::uniform_real_distribution<float> dist (-peak, peak);
+    std::vector<float> l (length), r (length);
+    for (size_t i = 0; i < length; ++i)
+        l[i] = dist (rng), r[i] = dist (rng);
+    return { l, r };
+}
+
 // Runs an impulse on the left side through a pair process and returns both outputs.
 template <typename Stage>
 std::pair<std::vector<float>, std::vector<float>> impulseResponse (Stage& stage, int length, float leftGain = 1.0f, float rightGain = 0.0f)
@@ -434,15 +445,11 @@ TEST (MasterEffects, RunningStretchesGivesTheSamplesOfTheSampleChain)
     };
 
     // The phaser without feedback (its open loop) takes a way of its own.
-    for (const auto [mode, feedback] : { std::pair { ModFx::chorus, 0.5f }, { ModFx::flanger, 0.5f },
+    for (const auto& [mode, feedback] : { std::pair { ModFx::chorus, 0.5f }, { ModFx::flanger, 0.5f },
                                          { ModFx::phaser, 0.5f }, { ModFx::phaser, 0.0f } })
     {
         Chain bySample (mode, feedback), byStretch (mode, feedback);
-        std::mt19937 rng (11);
-        std::uniform_real_distribution<float> dist (-0.8f, 0.8f);
-        std::vector<float> l (6000), r (6000);
-        for (size_t i = 0; i < l.size(); ++i)
-            l[i] = dist (rng), r[i] = dist (rng);
+        auto [l, r] = noiseBlock (6000, 11, 0.8f);
         auto wantL = l, wantR = r;
         for (size_t i = 0; i < l.size(); ++i)
         {
@@ -469,7 +476,7 @@ TEST (MasterEffects, RunningStretchesGivesTheSamplesOfTheSampleChain)
 TEST (StereoDelay, RunsShorterThanTheTimeGiveTheBitsOfTheSampleStep)
 {
     for (const double r2 : { 1000.0, 8000.0, 48000.0 })
-        for (const auto [fromMs, toMs] : { std::pair { 1.0f, 1.0f }, { 1.0f, 9.0f }, { 300.0f, 2.0f } })
+        for (const auto& [fromMs, toMs] : { std::pair { 1.0f, 1.0f }, { 1.0f, 9.0f }, { 300.0f, 2.0f } })
         {
             const auto make = [&]
             {
@@ -484,11 +491,7 @@ TEST (StereoDelay, RunsShorterThanTheTimeGiveTheBitsOfTheSampleStep)
                 return d;
             };
             auto bySample = make(), byBlock = make();
-            std::mt19937 rng (9);
-            std::uniform_real_distribution<float> dist (-1.0f, 1.0f);
-            std::vector<float> l (3000), r (3000);
-            for (size_t i = 0; i < l.size(); ++i)
-                l[i] = dist (rng), r[i] = dist (rng);
+            auto [l, r] = noiseBlock (3000, 9, 1.0f);
             auto wantL = l, wantR = r;
             for (size_t i = 0; i < l.size(); ++i)
                 bySample.process (wantL[i], wantR[i]);

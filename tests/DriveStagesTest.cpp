@@ -352,10 +352,11 @@ TEST (MultibandDrive, RunsGiveTheBitsOfTheSampleSteps)
             for (size_t i = 0; i < l.size(); ++i)
                 l[i] = dist (rng), r[i] = rightAsLeft ? l[i] : dist (rng);
             auto wantL = l, wantR = r;
-            for (int start = 0, n = 1; start < (int) l.size(); start += n, n = n % MultibandDrive::maximumRun + 1)
+            // Runs of every length, none and longer than a run holds among them.
+            for (int start = 0, n = 1; start < (int) l.size(); start += n, n = (n * 7 + 3) % (2 * MultibandDrive::maximumRun + 1))
             {
                 n = std::min (n, (int) l.size() - start);
-                if (start > 1500 && start < 1540) // a mode change: the bands fade
+                if (start > 1500 && start < 1800) // a mode change: the bands fade
                     for (auto* m : { &bySample, &byRun })
                         for (auto* side : { &m->bands, &m->rightBands })
                             (*side)[MultibandDrive::mid].changeMode ((mode + 1) % DriveShaper::numModes);

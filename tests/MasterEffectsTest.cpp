@@ -506,10 +506,11 @@ TEST (StereoDelay, RunsShorterThanTheTimeGiveTheBitsOfTheSampleStep)
 }
 
 // The reverb runs its stages over runs of samples; at every rate and predelay, and over stretches
-// of uneven lengths, that must give the bits of its one-sample step.
+// of uneven lengths, that must give the bits of its one-sample step. At 134918 Hz the first tank's
+// modulated all-pass fills its ring but for less than the modulation's depth.
 TEST (PlateReverb, RunsOfSamplesGiveTheBitsOfTheSampleStep)
 {
-    for (double r2 : { 1000.0, 8000.0, 22050.0, 48000.0, 192000.0 })
+    for (double r2 : { 1000.0, 8000.0, 22050.0, 48000.0, 134918.0, 192000.0 })
         for (float predelayMs : { 0.0f, 0.4f, 200.0f })
         {
             auto make = [&]

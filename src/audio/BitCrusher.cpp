@@ -44,14 +44,14 @@ float BitCrusher::quantise (float x, float& lastDither) noexcept
     return quantise (x, lastDither, std::exp2 (bits - 1.0f));
 }
 
-// One sample of an active crusher; levels is 2^(bits - 1) and step the clock's advance, worked out
+// One sample of an active crusher; levels is 2^(bits - 1) and advance the clock's step, worked out
 // once a block.
-__attribute__ ((always_inline)) inline void BitCrusher::step (float& left, float& right, float levels, float step) noexcept
+__attribute__ ((always_inline)) inline void BitCrusher::step (float& left, float& right, float levels, float advance) noexcept
 {
     float factor = 1.0f;
     if (jitter > 0.0f)
         factor = (nextUniform() - 0.5f) * 1.5f * jitter + 1.0f;
-    clockPhase += factor * step;
+    clockPhase += factor * advance;
     if (clockPhase >= 1.0f)
     {
         clockPhase -= std::floor (clockPhase);

@@ -70,10 +70,11 @@ void ModFx::nextGlide() noexcept
         for (size_t k = 0; k < stages.size(); ++k)
             stages[k].coefficient = now[k];
     }
-    const auto ahead = cornersFor (sweepAt (lfoPhase + increment * (float) cornerSpan));
+    const int span = glideSpan();
+    const auto ahead = cornersFor (sweepAt (lfoPhase + increment * (float) span));
     for (size_t k = 0; k < stages.size(); ++k)
-        cornerStep[k] = (ahead[k] - stages[k].coefficient) * (1.0f / (float) cornerSpan);
-    cornerCountdown = cornerSpan;
+        cornerStep[k] = (ahead[k] - stages[k].coefficient) * (1.0f / (float) span);
+    cornerCountdown = span;
     glideGoesOn = true;
 }
 
@@ -164,9 +165,10 @@ void ModFx::phaserPairRun (ModFx& a, ModFx& b, float* left, float* right, int nu
         steps[k] = fast::sides (a.cornerStep[k], b.cornerStep[k]);
     const Lanes feedback = fast::sides (a.feedback, b.feedback), mix = fast::sides (a.mix, b.mix);
     const bool open = a.feedback == 0.0f && b.feedback == 0.0f;
+    const auto sideOpen = feedback == fast::splat (0.0f); // a unit without feedback adds no term
     const float incrementA = a.rateHz * 6.2831855f / (float) a.sampleRate;
     const float incrementB = b.rateHz * 6.2831855f / (float) b.sampleRate;
-    const float span = (float) a.cornerSpan, perSample = 1.0f / span;
+    const float span = (float) a.glideSpan(), perSample = 1.0f / span;
 
     constexpr int batch = 16;
     struct Stretch
@@ -188,7 +190,7 @@ void ModFx::phaserPairRun (ModFx& a, ModFx& b, float* left, float* right, int nu
             auto& stretch = plan[(size_t) stretches];
             stretch.glides = a.cornerCountdown <= 0;
             if (stretch.glides)
-                a.cornerCountdown = b.cornerCountdown = a.cornerSpan;
+                a.cornerCountdown = b.cornerCountdown = a.glideSpan();
             stretch.count = std::min (numSamples - at, a.cornerCountdown);
             a.cornerCountdown -= stretch.count;
             b.cornerCountdown -= stretch.count;
@@ -255,7 +257,7 @@ void ModFx::phaserPairRun (ModFx& a, ModFx& b, float* left, float* right, int nu
             for (int end = i + stretch.count; i < end; ++i)
             {
                 const Lanes input = fast::sides (left[i], right[i]);
-                const Lanes x = open ? input : feedback * last + input;
+                const Lanes x = open ? input : (sideOpen ? input : feedback * last + input);
                 const Lanes z0 = c0 * x + x0 - c0 * y0;
                 const Lanes z1 = c1 * z0 + y0 - c1 * y1;
                 const Lanes z2 = c2 * z1 + y1 - c2 * y2;
@@ -291,7 +293,7 @@ void ModFx::processPair (ModFx& leftUnit, ModFx& rightUnit, float* left, float* 
     if (leftUnit.active() && rightUnit.active())
     {
         if (leftUnit.mode == phaser && rightUnit.mode == phaser && leftUnit.cornerCountdown == rightUnit.cornerCountdown
-            && leftUnit.cornerSpan == rightUnit.cornerSpan)
+            && leftUnit.glideSpan() == rightUnit.glideSpan())
         {
             phaserPairRun (leftUnit, rightUnit, left, right, numSamples);
             return;

@@ -56,6 +56,7 @@ struct ModFx
     // cornerSpan samples; over a span the sharpest bend of the sweep moves them by less than
     // 1e-5 of their value (1 works every corner out on every sample).
     int cornerSpan = 8;
+    int glideSpan() const noexcept { return cornerSpan > 1 ? cornerSpan : 1; } // a span below 1 is 1
     std::array<float, 4> cornerStep {};
     int cornerCountdown = 0;
     bool glideGoesOn = false;

@@ -146,7 +146,9 @@ void PlateReverb::prepare (double rate)
         auto& tank = tanks[t];
         build (tank.allpass1, scaled (lengths[t].allpass1), 4);
         build (tank.delay1, scaled (lengths[t].delay1), 4);
-        build (tank.allpass2, scaled (lengths[t].allpass2), 32); // room for the modulation
+        // Room for the modulation: 32 samples, or its whole depth at rates where that is more, so
+        // that no read reaches round the ring into what was just written.
+        build (tank.allpass2, scaled (lengths[t].allpass2), std::max (32, (int) std::ceil (rateRatio * 8.0f) + 4));
         build (tank.delay2, scaled (lengths[t].delay2), 4);
         tank.allpass1.coefficient = -0.7f;
     }

@@ -136,12 +136,8 @@ void StereoDelay::sharedTimeRun (float* left, float* right, int numSamples) noex
         for (int i = 0; i < n; ++i)
         {
             current += (target - current) * timeShare;
-            const int whole = (int) current;
-            const float fraction = current - (float) whole;
-            const int newer = (write + i - whole) & wrap;
-            const int older = (newer - 1) & wrap;
-            const Lanes a = fast::sides (readLeft[newer], readRight[newer]);
-            const Lanes tap = a + (fast::sides (readLeft[older], readRight[older]) - a) * fraction;
+            const Lanes tap = fast::sides (readInterpolated (readLeft, write + i, wrap, current),
+                                           readInterpolated (readRight, write + i, wrap, current));
 
             tone += (tap - tone) * toneShare;
             const Lanes y = (tone + dcOutput - dcInput) * dcShare;

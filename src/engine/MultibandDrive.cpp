@@ -164,6 +164,11 @@ void MultibandDrive::process (float* left, float* right, int numSamples, bool ri
 {
     if (! running())
         return;
+    // The splits below hold one run at most.
+    for (; numSamples > maximumRun; numSamples -= maximumRun, left += maximumRun, right += maximumRun)
+        process (left, right, maximumRun, rightAsLeft);
+    if (numSamples <= 0)
+        return;
     // Room for a whole number of vectors: the diodes read and write the run four at a time.
     alignas (16) float split[2][numBands][maximumRun + 4];
     // The crossovers' histories as locals, so that the stores of the split leave them in registers.

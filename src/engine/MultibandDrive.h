@@ -77,7 +77,7 @@ struct MultibandDrive
     void prepare (double oversampledRate) noexcept;
     bool running() const noexcept { return enabled && mix > 0.0f; }
 
-    // One side alone (the left lanes).
+    // One channel alone, in all four lanes: a record used this way holds no second side.
     float process (float x) noexcept { return running() ? processBands (x) : x; }
 
     // Both sides. While rightAsLeft, the right side's input is the left's and its shapers stand

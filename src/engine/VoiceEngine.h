@@ -266,7 +266,7 @@ private:
 
     // Control values that move only with a smoother or a matrix sum, for the present host sample:
     // those of the sources and the output stage, and those of the chain from the mix blocker to
-    // the multiband drive.
+    // the feedback's tone filter.
     struct SlowControls
     {
         float pitchRatio = 1.0f;
@@ -342,8 +342,8 @@ private:
     // Each oscillator's right side, while it runs exactly as its left, is not run at all: the
     // left's output stands for both, and its state is copied over when the two part.
     std::array<bool, 2> pairLocked {};
-    // Likewise the right side of the chain from the mix blocker to the multiband drive, while both
-    // sides get the same signal and hold the same state; the lock is tried once a chunk.
+    // Likewise the right side of the chain from the mix blocker to the feedback's tone filter,
+    // while both sides get the same signal and hold the same state; the lock is tried once a chunk.
     bool chainLocked = false;
     bool chainCheckDue = true;
     // The multiband drive runs behind the chain's loop, over the whole group, since nothing in the

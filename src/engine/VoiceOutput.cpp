@@ -48,12 +48,23 @@ void VoiceEngine::outputStage (juce::AudioBuffer<float>& buffer, int start, int 
         wetLeft[i] += noisePostLeft[(size_t) i];
         wetRight[i] += noisePostRight[(size_t) i];
     }
+    // Under modulation the controls are worked out on every sample, mostly to the same Mod FX
+    // settings: a run goes on until those change.
+    const auto sameModFx = [] (const OutputControls& a, const OutputControls& b)
+    {
+        return a.fxEnabled == b.fxEnabled && a.fxMode == b.fxMode && a.fxRate == b.fxRate && a.fxDepth == b.fxDepth
+            && a.fxFeedback == b.fxFeedback && a.fxMix == b.fxMix;
+    };
+    const OutputControls* applied = nullptr;
     for (int i = 0; i < n;)
     {
         if (chainSteps[(size_t) i].controlsUpdated)
-            applyModFxControls (outputControls[(size_t) i]);
+        {
+            applied = &outputControls[(size_t) i];
+            applyModFxControls (*applied);
+        }
         int end = i + 1;
-        while (end < n && ! chainSteps[(size_t) end].controlsUpdated)
+        while (end < n && ! (chainSteps[(size_t) end].controlsUpdated && (applied == nullptr || ! sameModFx (outputControls[(size_t) end], *applied))))
             ++end;
         ModFx::processPair (modFx[Side::left], modFx[Side::right], wetLeft + i, wetRight + i, end - i);
         i = end;

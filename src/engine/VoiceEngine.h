@@ -168,7 +168,25 @@ private:
     void changeDrivePosition (int position) noexcept;
     void finishDrivePositionFade() noexcept;
     float subRatio() noexcept;
-    void updateMultiband (int voiceDriveMode, const ChainSums& chainSums) noexcept;
+    // The multiband drive's settings at a host sample whose controls were worked out again, and
+    // their application. Applying the same settings twice changes nothing, so a run of the drive
+    // goes on past a host sample whose settings are those in force.
+    struct MultibandSettings
+    {
+        bool enabled = false, heard = false;
+        float mix = 0.0f, lowHz = 0.0f, highHz = 0.0f;
+        std::array<float, 3> gains {};
+        std::array<int, 3> modes {};
+        bool operator== (const MultibandSettings& o) const noexcept
+        {
+            return enabled == o.enabled && heard == o.heard && mix == o.mix && lowHz == o.lowHz && highHz == o.highHz
+                && gains == o.gains && modes == o.modes;
+        }
+    };
+    MultibandSettings multibandSettings (int voiceDriveMode, const ChainSums& chainSums) noexcept;
+    void applyMultiband (const MultibandSettings& settings) noexcept;
+    MultibandSettings multibandApplied;
+    bool multibandAppliedValid = false; // within a chunk: notes and resets change the drive too
     float driveAndFilter (int bank, int side, float x, int position) noexcept;
     float driveAndFilterFading (int side, float x, float leaving, float entering) noexcept;
 

@@ -142,6 +142,7 @@ void VoiceEngine::renderChunk (juce::AudioBuffer<float>& buffer, int start, int 
     updateEnvelopeParameters();
     chainCheckDue = true;
     multibandCheckDue = true;
+    multibandAppliedValid = false;
 
     if (currentNote >= 0)
     {
@@ -363,10 +364,37 @@ void VoiceEngine::renderMultiband (int first, int end, int leftMode) noexcept
     const bool* alike = chainLockedSteps.data(); // from the group's first oversampled step
     const int offset = 2 * first;
 
+    // Host samples whose settings are worked out, in order, each once; the first of them that
+    // changes the settings in force ends the run before it.
+    int worked = first, changeAt = -1;
+    MultibandSettings change;
+    const auto workAhead = [&]
+    {
+        for (; worked < end; ++worked)
+            if (chainSteps[(size_t) worked].controlsUpdated)
+            {
+                const auto settings = multibandSettings (leftMode, chainSteps[(size_t) worked].sums);
+                if (! (multibandAppliedValid && settings == multibandApplied))
+                {
+                    change = settings;
+                    changeAt = worked++;
+                    return;
+                }
+            }
+    };
+
     for (int j = 2 * first; j < 2 * end;)
     {
-        if (j % 2 == 0 && chainSteps[(size_t) (j / 2)].controlsUpdated)
-            updateMultiband (leftMode, chainSteps[(size_t) (j / 2)].sums);
+        if (changeAt < 0)
+            workAhead();
+        if (2 * changeAt == j)
+        {
+            applyMultiband (change);
+            multibandApplied = change;
+            multibandAppliedValid = true;
+            changeAt = -1;
+            workAhead();
+        }
         const bool sidesAlike = alike[j - offset];
         if (multibandLocked && ! sidesAlike)
         {
@@ -379,11 +407,9 @@ void VoiceEngine::renderMultiband (int first, int end, int leftMode) noexcept
             multibandLocked = multiband.sidesEqual();
         }
 
-        // The run ends where the settings move, at a host sample, or where the lock would change.
-        int nextMove = j / 2 + 1;
-        while (nextMove < end && ! chainSteps[(size_t) nextMove].controlsUpdated)
-            ++nextMove;
-        const int runEnd = offset + (int) (std::find (alike + j + 1 - offset, alike + 2 * nextMove - offset, ! sidesAlike) - alike);
+        // The run ends where the settings change, at a host sample, or where the lock would.
+        const int bound = changeAt >= 0 ? 2 * changeAt : 2 * end;
+        const int runEnd = offset + (int) (std::find (alike + j + 1 - offset, alike + bound - offset, ! sidesAlike) - alike);
         multiband.process (overLeft + j, overRight + j, runEnd - j, multibandLocked);
         for (; j < runEnd; ++j)
         {

@@ -99,41 +99,47 @@ float VoiceEngine::subRatio() noexcept
     return subRatioCache.get (octaves, [] (float o) { return std::exp2 (o); });
 }
 
-void VoiceEngine::updateMultiband (int voiceDriveMode, const ChainSums& chainSums) noexcept
+VoiceEngine::MultibandSettings VoiceEngine::multibandSettings (int voiceDriveMode, const ChainSums& chainSums) noexcept
 {
-    const bool enabled = params.on (P::mbdEnable);
-    const float mix = std::clamp (sm (S::mbdMix).getNextValue(), 0.0f, 1.0f);
+    MultibandSettings m;
+    m.enabled = params.on (P::mbdEnable);
+    m.mix = std::clamp (sm (S::mbdMix).getNextValue(), 0.0f, 1.0f);
     const float amounts[] = { sm (S::mbdLow).getNextValue() + chainSums.mbdLow,
                               sm (S::mbdMid).getNextValue() + chainSums.mbdMid,
                               sm (S::mbdHigh).getNextValue() + chainSums.mbdHigh };
-    const float lowHz = std::clamp (lowCross.getNextValue(), 60.0f, 600.0f);
-    const float highHz = std::clamp (highCross.getNextValue(), 800.0f, 8000.0f);
-
-    multiband.enabled = enabled;
-    multiband.mix = mix;
+    m.lowHz = std::clamp (lowCross.getNextValue(), 60.0f, 600.0f);
+    m.highHz = std::clamp (highCross.getNextValue(), 800.0f, 8000.0f);
     // A bypassed multiband runs no band, so its settings can wait until it is heard; the smoothers
     // above have moved on all the same.
-    if (! enabled || mix <= 0.0f)
-        return;
+    m.heard = m.enabled && m.mix > 0.0f;
+    if (! m.heard)
+        return m;
 
     const int modeParameters[] = { params.index (P::mbdLowMode), params.index (P::mbdMidMode), params.index (P::mbdHighMode) };
-
-    for (int b = 0; b < MultibandDrive::numBands; ++b)
+    for (size_t b = 0; b < (size_t) MultibandDrive::numBands; ++b)
     {
-        const float gain = bandGainCaches[(size_t) b].get (std::clamp (amounts[b], 0.0f, 24.0f),
-                                                           [] (float d) { return std::pow (10.0f, d * 0.05f); });
+        m.gains[b] = bandGainCaches[b].get (std::clamp (amounts[b], 0.0f, 24.0f), [] (float d) { return std::pow (10.0f, d * 0.05f); });
         // "follow" takes the voice drive's mode; the others are soft, diode, fold.
-        const int bandMode = modeParameters[b] <= 0 ? voiceDriveMode : std::min (modeParameters[b] - 1, 2);
+        m.modes[b] = modeParameters[b] <= 0 ? voiceDriveMode : std::min (modeParameters[b] - 1, 2);
+    }
+    return m;
+}
+
+void VoiceEngine::applyMultiband (const MultibandSettings& m) noexcept
+{
+    multiband.enabled = m.enabled;
+    multiband.mix = m.mix;
+    if (! m.heard)
+        return;
+    for (size_t b = 0; b < (size_t) MultibandDrive::numBands; ++b)
         for (auto* side : { &multiband.bands, &multiband.rightBands })
         {
-            auto& shaper = (*side)[(size_t) b];
-            shaper.gain = gain;
-            if (bandMode != shaper.mode)
-                shaper.changeMode (bandMode);
+            auto& shaper = (*side)[b];
+            shaper.gain = m.gains[b];
+            if (m.modes[b] != shaper.mode)
+                shaper.changeMode (m.modes[b]);
         }
-    }
-
-    multiband.lowCrossover.setFrequency (lowHz);
-    multiband.highCrossover.setFrequency (highHz);
+    multiband.lowCrossover.setFrequency (m.lowHz);
+    multiband.highCrossover.setFrequency (m.highHz);
 }
 }

@@ -35,7 +35,8 @@ struct EqSection
     }
 
 private:
-    Lanes a1Lanes {}, a2Lanes {}, a3Lanes {}, m0Lanes {}, m1Lanes {}, m2Lanes {};
+    // As the scalars above: a section not yet designed passes its input.
+    Lanes a1Lanes = fast::splat (1.0f), a2Lanes {}, a3Lanes {}, m0Lanes = fast::splat (1.0f), m1Lanes {}, m2Lanes {};
 };
 
 // Host-rate tilt (two shelves around a pivot) and a peaking notch, for both sides.

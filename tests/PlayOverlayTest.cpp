@@ -57,45 +57,38 @@ TEST (PlayOverlay, KeysHoldAndPanic)
     EXPECT_EQ (o.overlay->pitchWheel.getValue(), 0.0f);
 }
 
-TEST (PlayOverlay, ThePhraseClockPlaysStepsTiesAndRests)
+TEST (PlayOverlay, EditsReachTheProcessorAndNothingOutlivesTheOverlay)
 {
     Overlay o;
     auto& overlay = *o.overlay;
-    auto& grid = overlay.phraseGrid;
-    ostrel::widgets::PhraseStep first, tied, rest;
+    ostrel::widgets::PhraseStep first;
     first.note = 40;
-    tied.note = 47;
-    tied.tied = true;
-    grid.setStep (0, first);
-    grid.setStep (1, tied);
-    grid.setStep (2, rest);
-
-    overlay.setPlaying (true);
-    double now = juce::Time::getMillisecondCounterHiRes();
-    overlay.tick (now);
-    EXPECT_EQ (overlay.getCurrentStep(), 0);
-    EXPECT_EQ (overlay.getSoundingNote(), 40);
-    overlay.tick (now + 1.0);
-    EXPECT_EQ (overlay.getCurrentStep(), 0) << "a sixteenth at 120 bpm is 125 ms";
-    now += 126.0;
-    overlay.tick (now);
-    EXPECT_EQ (overlay.getSoundingNote(), 40) << "a tied step keeps the sounding note, whatever its pitch";
-    now += 126.0;
-    overlay.tick (now);
-    EXPECT_EQ (overlay.getSoundingNote(), -1) << "a rest stops it";
-    EXPECT_EQ (grid.getPlayheadStep(), 2);
+    first.accent = true;
+    overlay.phraseGrid.setStep (0, first);
+    overlay.swingChip.setValue (62.0, juce::sendNotificationSync);
+    const auto pattern = o.p.getPhrase();
+    EXPECT_EQ (pattern.steps[0], (PhraseNote { 40, false, true }));
+    EXPECT_FLOAT_EQ (pattern.swing, 0.62f);
 
     EXPECT_TRUE (overlay.keyPressed (juce::KeyPress (juce::KeyPress::spaceKey)));
-    EXPECT_FALSE (overlay.isPlaying());
-    EXPECT_EQ (grid.getPlayheadStep(), -1);
+    EXPECT_TRUE (o.p.isPhrasePlaying());
     EXPECT_FALSE (overlay.keyPressed (juce::KeyPress ('a')));
+    EXPECT_EQ (o.held(), 1) << "the processor plays the first step at once";
+    overlay.syncWithProcessor();
+    EXPECT_EQ (overlay.phraseGrid.getPlayheadStep(), 0) << "the playhead comes from the audio thread";
 
-    // A tied first step with nothing sounding starts its note.
-    grid.setStep (0, tied);
-    overlay.setPlaying (true);
-    overlay.tick (juce::Time::getMillisecondCounterHiRes());
-    EXPECT_EQ (overlay.getSoundingNote(), 47);
-    overlay.panic();
-    EXPECT_FALSE (overlay.isPlaying());
+    // Closing the editor mid-phrase, with a key held under HOLD, leaves nothing sounding.
+    overlay.holdButton.setToggleState (true, juce::dontSendNotification);
+    overlay.holdButton.onClick();
+    overlay.keyboard.onNoteOn (45, 1.0f);
+    overlay.keyboard.onNoteOff (45);
+    EXPECT_EQ (o.held(), 2);
+    o.overlay.reset();
     EXPECT_EQ (o.held(), 0);
+    EXPECT_FALSE (o.p.isPhrasePlaying());
+
+    // A new overlay shows the phrase the processor kept.
+    o.overlay = std::make_unique<ui::widgets::PlayOverlay> (o.p);
+    EXPECT_EQ (o.overlay->phraseGrid.getStep (0).note, 40);
+    EXPECT_EQ (juce::roundToInt (o.overlay->swingChip.getValue()), 62);
 }

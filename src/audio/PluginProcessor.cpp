@@ -84,6 +84,7 @@ void MorvaneAudioProcessor::prepareToPlay (double sampleRate, int maximumExpecte
     modFxRight.lfoOffset = 1.5707964f;
     setLatencySamples (engine.getLatencySamples());
     heldCount = 0;
+    phrase.prepare (sampleRate);
 }
 
 juce::AudioProcessorEditor* MorvaneAudioProcessor::createEditor()
@@ -184,6 +185,8 @@ void MorvaneAudioProcessor::noteOff (int note) noexcept
 void MorvaneAudioProcessor::panic() noexcept
 {
     heldCount = 0;
+    phrase.playRequested.store (false);
+    phrase.stop ([] (int) {});
     engine.releaseAll();
 }
 
@@ -262,20 +265,48 @@ void MorvaneAudioProcessor::processBlock (juce::AudioBuffer<float>& buffer, juce
     drainCommands();
 
     float bpm = lfoSyncBpmValue != nullptr ? std::clamp (lfoSyncBpmValue->load(), 40.0f, 240.0f) : 120.0f;
+    juce::Optional<juce::AudioPlayHead::PositionInfo> position;
     if (auto* head = getPlayHead())
-        if (const auto position = head->getPosition())
-            if (const auto hostTempo = position->getBpm())
-                bpm = (float) *hostTempo;
+        position = head->getPosition();
+    if (position.hasValue())
+        if (const auto hostTempo = position->getBpm())
+            bpm = (float) *hostTempo;
     engine.hostBpm = bpm;
 
+    auto phraseNoteOn = [this] (int note, float velocity) { noteOn (note, velocity); };
+    auto phraseNoteOff = [this] (int note) { noteOff (note); };
+    phrase.beginBlock (phraseMailbox, readTransport (position.hasValue() ? &*position : nullptr, bpm), phraseNoteOff);
     forEachMidiSegment (midi, numSamples,
-                        [this, &buffer] (int start, int count) { engine.render (buffer, start, count); },
+                        [&] (int start, int count)
+                        {
+                            phrase.run (start, count, [this, &buffer] (int s, int n) { engine.render (buffer, s, n); },
+                                        phraseNoteOn, phraseNoteOff);
+                        },
                         [this] (const juce::MidiMessageMetadata& event, int) { handleMidi (event); });
+    phrase.endBlock (numSamples);
 
     updateFxParameters();
     processFxBlock (buffer);
 
     updateReadouts (buffer, startTicks);
+}
+
+PhraseTransport MorvaneAudioProcessor::readTransport (juce::AudioPlayHead::PositionInfo* position, double bpm) const noexcept
+{
+    PhraseTransport transport;
+    transport.bpm = bpm;
+    if (position == nullptr)
+        return transport;
+    const auto ppq = position->getPpqPosition();
+    transport.hostPlaying = position->getIsPlaying() && ppq.hasValue();
+    if (! transport.hostPlaying)
+        return transport;
+    transport.ppq = *ppq;
+    transport.ppqBarStart = position->getPpqPositionOfLastBarStart().orFallback (0.0);
+    if (const auto signature = position->getTimeSignature())
+        if (signature->numerator > 0 && signature->denominator > 0)
+            transport.barSixteenths = 16.0 * signature->numerator / signature->denominator;
+    return transport;
 }
 
 void MorvaneAudioProcessor::updateReadouts (const juce::AudioBuffer<float>& buffer, juce::int64 startTicks) noexcept

@@ -2,6 +2,7 @@
 
 #include "audio/BitCrusher.h"
 #include "audio/ModFx.h"
+#include "audio/PhraseSequencer.h"
 #include "audio/PlateReverb.h"
 #include "audio/StereoDelay.h"
 #include "audio/UiCommand.h"
@@ -60,6 +61,18 @@ public:
     void pushAftertouch (float value);
     void pushPanic();
 
+    // The step phrase, played on the audio thread. Its pattern, swing and edit mode live here, so
+    // that they outlast the editor and go into the state; presets don't carry them.
+    void setPhrase (const PhrasePattern& pattern);
+    PhrasePattern getPhrase() const;
+    void setPhraseEditMode (int mode);
+    int getPhraseEditMode() const;
+    void setPhrasePlaying (bool on) noexcept { phrase.playRequested.store (on); }
+    bool isPhrasePlaying() const noexcept { return phrase.playRequested.load(); }
+    int getPhrasePlayhead() const noexcept { return phrase.playhead.load(); }
+    // Counts the phrases that came from outside the editor (a restored state), so it can reload.
+    int getPhraseRevision() const noexcept { return phraseRevision.load(); }
+
     // Preset documents and identity.
     void applyPresetXml (const juce::XmlElement& xml);
     std::unique_ptr<juce::XmlElement> createStateXml();
@@ -109,6 +122,7 @@ private:
     void noteOn (int note, float velocity) noexcept;
     void noteOff (int note) noexcept;
     void panic() noexcept;
+    PhraseTransport readTransport (juce::AudioPlayHead::PositionInfo* position, double bpm) const noexcept;
     void removeHeld (int note) noexcept;
     void updateReadouts (const juce::AudioBuffer<float>& buffer, juce::int64 startTicks) noexcept;
     void updateFxParameters() noexcept;
@@ -124,6 +138,15 @@ private:
     BitCrusher crusher;
     ModFx modFxLeft, modFxRight;
     std::array<std::atomic<float>*, 24> fxValues {};
+
+    PhraseSequencer phrase;
+    PhraseMailbox phraseMailbox;
+    // Serialises the phrase's writers (the editor, and a host restoring state on its own thread);
+    // never taken on the audio thread.
+    juce::CriticalSection phraseLock;
+    PhrasePattern phraseEdit;
+    int phraseEditMode = 0;
+    std::atomic<int> phraseRevision { 0 };
 
     std::array<HeldNote, maxHeldNotes> heldNotes {};
     int heldCount = 0;

@@ -1,5 +1,6 @@
 #include "audio/PluginProcessor.h"
 
+#include "audio/PhraseText.h"
 #include "audio/SafeXml.h"
 #include "presets/Catalogue.h"
 
@@ -110,10 +111,47 @@ void MorvaneAudioProcessor::applyPresetXml (const juce::XmlElement& xml)
 
 std::unique_ptr<juce::XmlElement> MorvaneAudioProcessor::createStateXml()
 {
-    const auto copy = parameters.copyState();
+    auto copy = parameters.copyState();
     if (! copy.isValid())
         return nullptr;
+    // A restored state leaves its session children in the tree; a preset is the sound alone.
+    for (const char* type : { "MIDILEARN", "UISTATE" })
+        for (auto child = copy.getChildWithName (type); child.isValid(); child = copy.getChildWithName (type))
+            copy.removeChild (child, nullptr);
     return copy.createXml();
+}
+
+void MorvaneAudioProcessor::setPhrase (const PhrasePattern& pattern)
+{
+    auto clean = pattern;
+    clean.stepCount = std::clamp (clean.stepCount, 1, PhrasePattern::maxSteps);
+    clean.swing = std::isfinite (clean.swing) ? std::clamp (clean.swing, PhrasePattern::minSwing, PhrasePattern::maxSwing)
+                                              : PhrasePattern::minSwing;
+    clean.velocityScale = std::isfinite (clean.velocityScale) ? std::clamp (clean.velocityScale, 0.0f, 1.0f) : 0.85f;
+    for (auto& step : clean.steps)
+        if (step.note < 0)
+            step = {};
+    const juce::ScopedLock lock (phraseLock);
+    phraseEdit = clean;
+    phraseMailbox.publish (clean);
+}
+
+PhrasePattern MorvaneAudioProcessor::getPhrase() const
+{
+    const juce::ScopedLock lock (phraseLock);
+    return phraseEdit;
+}
+
+void MorvaneAudioProcessor::setPhraseEditMode (int mode)
+{
+    const juce::ScopedLock lock (phraseLock);
+    phraseEditMode = std::clamp (mode, 0, 3);
+}
+
+int MorvaneAudioProcessor::getPhraseEditMode() const
+{
+    const juce::ScopedLock lock (phraseLock);
+    return phraseEditMode;
 }
 
 void MorvaneAudioProcessor::loadDefaultPatch()
@@ -196,6 +234,13 @@ void MorvaneAudioProcessor::getStateInformation (juce::MemoryBlock& destData)
     }
     ui.setProperty ("presetDirty", presetDirty ? 1 : 0, nullptr);
     ui.setProperty ("activeView", activeView, nullptr);
+    {
+        const juce::ScopedLock lock (phraseLock);
+        if (! phraseEdit.isEmpty())
+            ui.setProperty ("phrase", phraseToText (phraseEdit), nullptr);
+        ui.setProperty ("phraseSwing", phraseEdit.swing, nullptr);
+        ui.setProperty ("phraseEditMode", phraseEditMode, nullptr);
+    }
     copy.appendChild (ui, nullptr);
 
     if (auto xml = copy.createXml())
@@ -237,6 +282,16 @@ void MorvaneAudioProcessor::setStateInformation (const void* data, int sizeInByt
     }
     presetDirty = ui.isValid() && (bool) ui.getProperty ("presetDirty", false);
     activeView = ui.isValid() ? (int) ui.getProperty ("activeView", 0) : 0;
+
+    // A state without a phrase, or with one that doesn't read, brings an empty phrase.
+    PhrasePattern restored;
+    if (ui.hasProperty ("phrase"))
+        if (phraseFromText (ui.getProperty ("phrase").toString(), restored).isNotEmpty())
+            restored = {};
+    restored.swing = (float) readValue (ui.getProperty ("phraseSwing", PhrasePattern::minSwing));
+    setPhrase (restored);
+    setPhraseEditMode (ui.isValid() ? (int) ui.getProperty ("phraseEditMode", 0) : 0);
+    ++phraseRevision;
 
     panicRequested.store (true);
 }

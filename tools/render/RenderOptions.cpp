@@ -65,7 +65,8 @@ juce::String usageText()
            "                      [--state-in FILE] [--state-out FILE]\n"
            "                      [--note NOTE:VELOCITY:START:LENGTH]... [--midi FILE.mid]\n"
            "                      [--tail SECONDS] [--seconds SECONDS] [--max-seconds SECONDS]\n"
-           "                      [--rate HZ] [--block SAMPLES] [--channels 1|2] [--bench]\n"
+           "                      [--rate HZ] [--block SAMPLES] [--channels 1|2] [--format f32|s24|s16] [--bench]\n"
+           "                      [--phrase FILE [--bpm BPM] [--swing PERCENT]]\n"
            "\n"
            "Renders the instrument headlessly through its own processor, as a host would, writing the\n"
            "WAV as it goes; long renders show their progress on stderr when it is a terminal.\n"
@@ -77,6 +78,12 @@ juce::String usageText()
            "  --max-seconds    refuse a render longer than this (default 600)\n"
            "  --rate, --block  sample rate (default 48000) and block size (default 512)\n"
            "  --channels       output bus width (default 2)\n"
+           "  --format         f32 (default), or s24 / s16 integers with triangular (TPDF) dither\n"
+           "  --phrase FILE    play a step phrase through the instrument's own sequencer: one step a\n"
+           "                   line, 'C2', 'C2 acc', 'C2 tie', 'tie', 'rest' (at most 16, looped);\n"
+           "                   a state from --state-in plays its saved phrase when no notes are given\n"
+           "  --bpm            the phrase's tempo, 40 to 240 (default 120)\n"
+           "  --swing          delay of every second sixteenth, 50 (straight) to 75 percent\n"
            "  --bench          print the real-time factor of the processing loop\n"
            "  --factory NAME   a factory preset by display name or xml file name\n"
            "  --state-in FILE  restore a saved plug-in state before rendering\n"
@@ -86,6 +93,7 @@ juce::String usageText()
            "       morvane-render --audition DIR [--rate HZ] [--block SAMPLES]\n"
            "  --list-factory   one line per factory preset: category, name, xml, flagship mark\n"
            "  --list-parameters one line per parameter in host order: index, id, name\n"
+           "  --version        the program's version\n"
            "  --audition DIR   render every factory preset on one bass phrase into DIR/<xml stem>.wav\n"
            "                   and print peak, RMS, spectral centroid and loudness of each\n";
 }
@@ -133,6 +141,11 @@ ParseResult parseRenderOptions (const juce::StringArray& args)
         if (arg == "--help" || arg == "-h")
         {
             o.help = true;
+            return result;
+        }
+        if (arg == "--version")
+        {
+            o.version = true;
             return result;
         }
         if (arg == "--out")
@@ -213,6 +226,29 @@ ParseResult parseRenderOptions (const juce::StringArray& args)
                 return result;
             }
             o.channels = text.getIntValue();
+        }
+        else if (arg == "--phrase")
+        {
+            if (! value (text)) return result;
+            if (text.isEmpty()) { result.error = "option --phrase needs a file"; return result; }
+            o.phrase = juce::File::getCurrentWorkingDirectory().getChildFile (text);
+        }
+        else if (arg == "--bpm")
+        {
+            if (! number (40.0, 240.0, o.bpm)) return result;
+        }
+        else if (arg == "--swing")
+        {
+            if (! number (50.0, 75.0, v)) return result;
+            o.swing = v;
+        }
+        else if (arg == "--format")
+        {
+            if (! value (text)) return result;
+            if (text == "f32") o.format = RenderOptions::Format::f32;
+            else if (text == "s24") o.format = RenderOptions::Format::s24;
+            else if (text == "s16") o.format = RenderOptions::Format::s16;
+            else { result.error = "option --format takes f32, s24 or s16, not '" + text + "'"; return result; }
         }
         else if (arg == "--bench")
         {

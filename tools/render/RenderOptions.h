@@ -41,6 +41,13 @@ struct RenderOptions
     int channels = 2;
     bool bench = false;
     bool help = false;
+    bool version = false;
+    // The phrase: a phrase file, played by the processor's own sequencer, at --bpm with --swing.
+    std::optional<juce::File> phrase;
+    double bpm = 120.0;
+    std::optional<double> swing;   // percent, 50 to 75
+    // The WAV's sample format: 32-bit float, or 24 or 16-bit integers with TPDF dither.
+    enum class Format { f32, s24, s16 } format = Format::f32;
 };
 
 // The longest render that any --max-seconds can allow (about 115 days).

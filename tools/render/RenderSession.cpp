@@ -1,5 +1,6 @@
 #include "render/RenderSession.h"
 
+#include "audio/PhraseText.h"
 #include "audio/PluginProcessor.h"
 #include "audio/SafeXml.h"
 #include "presets/Catalogue.h"
@@ -282,12 +283,48 @@ int runRender (const RenderOptions& o, MorvaneAudioProcessor& processor)
     if (! applySettings (processor, o.sets))
         return exitBadInput;
 
+    // The phrase: from its file, or the one a saved state brought when nothing else is to play.
+    auto pattern = processor.getPhrase();
+    bool playPhrase = false;
+    if (o.phrase)
+    {
+        const auto text = o.phrase->loadFileAsString();
+        if (! o.phrase->existsAsFile())
+        {
+            fail ("cannot read phrase '" + o.phrase->getFullPathName() + "': no such file");
+            return exitBadInput;
+        }
+        if (const auto error = phraseFromText (text, pattern); error.isNotEmpty())
+        {
+            fail ("cannot use phrase '" + o.phrase->getFullPathName() + "': " + error);
+            return exitBadInput;
+        }
+        playPhrase = true;
+    }
+    else
+    {
+        playPhrase = o.stateIn && events.empty() && ! pattern.isEmpty();
+    }
+    if (playPhrase)
+    {
+        if (o.swing)
+            pattern.swing = (float) (*o.swing * 0.01);
+        processor.setPhrase (pattern);
+        processor.setPhrasePlaying (true);
+        // Without a host the phrase runs at the header's tempo, which is this parameter.
+        if (auto* bpm = findParameter (processor, "lfoSyncBpm"))
+            setAsHost (*bpm, (float) o.bpm);
+        if (! o.seconds)
+            total = std::max (total, secondsToSample (pattern.stepCount * 15.0 / o.bpm + o.tail, o.rate));
+    }
+
     processor.setRateAndBufferSizeDetails (o.rate, o.block);
     processor.prepareToPlay (o.rate, o.block);
 
     WavFileStream wav;
     juce::String error;
-    if (! wav.open (o.out, o.rate, processor.getTotalNumOutputChannels(), error))
+    const int bits = o.format == RenderOptions::Format::s16 ? 16 : o.format == RenderOptions::Format::s24 ? 24 : 32;
+    if (! wav.open (o.out, o.rate, processor.getTotalNumOutputChannels(), error, bits))
     {
         fail (error);
         wav.abandon();

@@ -16,9 +16,10 @@ WavFileStream::~WavFileStream()
     writer.reset();
 }
 
-bool WavFileStream::open (const juce::File& target, double sampleRate, int channels, juce::String& error)
+bool WavFileStream::open (const juce::File& target, double sampleRate, int channels, juce::String& error, int bitsPerSample)
 {
     file = target;
+    bits = bitsPerSample == 16 || bitsPerSample == 24 ? bitsPerSample : 32;
     const auto cannot = "cannot write '" + file.getFullPathName() + "': ";
     removeRegularFile (file); // the stream would otherwise append to an older file
     auto output = std::make_unique<juce::FileOutputStream> (file);
@@ -30,7 +31,7 @@ bool WavFileStream::open (const juce::File& target, double sampleRate, int chann
 
     juce::WavAudioFormat wav;
     auto* raw = output.get();
-    writer.reset (wav.createWriterFor (raw, sampleRate, (unsigned int) channels, 32, {}, 0));
+    writer.reset (wav.createWriterFor (raw, sampleRate, (unsigned int) channels, bits, {}, 0));
     if (writer == nullptr)
     {
         error = cannot + "no WAV writer for this format";
@@ -50,7 +51,23 @@ bool WavFileStream::write (const juce::AudioBuffer<float>& audio, int numSamples
 {
     if (writer == nullptr)
         return false;
-    if (writer->writeFromAudioSampleBuffer (audio, 0, numSamples) && ! stream->getStatus().failed())
+    const auto* source = &audio;
+    if (bits < 32)
+    {
+        // Two uniform values of one step each: a triangular dither that leaves no error pattern
+        // tied to the signal.
+        const float step = 1.0f / (float) (1 << (bits - 1));
+        dithered.setSize (audio.getNumChannels(), numSamples, false, false, true);
+        for (int ch = 0; ch < audio.getNumChannels(); ++ch)
+        {
+            const auto* in = audio.getReadPointer (ch);
+            auto* out = dithered.getWritePointer (ch);
+            for (int i = 0; i < numSamples; ++i)
+                out[i] = in[i] + (dither.nextFloat() - dither.nextFloat()) * step;
+        }
+        source = &dithered;
+    }
+    if (writer->writeFromAudioSampleBuffer (*source, 0, numSamples) && ! stream->getStatus().failed())
         return true;
     error = "cannot write '" + file.getFullPathName() + "': "
             + (stream->getStatus().failed() ? stream->getStatus().getErrorMessage() : juce::String ("write failed"));

@@ -26,6 +26,11 @@ int main (int argc, char* argv[])
         std::cout << morvane::render::usageText();
         return morvane::render::exitOk;
     }
+    if (parsed.options.version)
+    {
+        std::cout << "morvane-render " << MORVANE_VERSION << std::endl;
+        return morvane::render::exitOk;
+    }
     if (parsed.error.isNotEmpty())
     {
         std::cerr << "morvane-render: " << parsed.error << std::endl;

@@ -25,6 +25,7 @@ struct SnapshotOptions
     std::vector<Setting> sets;
     bool gallery = false;
     bool help = false;
+    bool version = false;
 };
 
 struct ParseResult

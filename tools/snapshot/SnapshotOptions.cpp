@@ -23,7 +23,8 @@ juce::String usageText()
     return "usage: morvane-snapshot --out FILE.png [--view canvas|browser|settings|matrix|play|fx]\n"
            "                        [--scale 0.75|1|1.25|1.5] [--theme ID | --theme-file FILE.json]\n"
            "                        [--factory NAME | --preset FILE] [--set ID=VALUE]...\n"
-           "       morvane-snapshot --gallery --out FILE.png [--theme ID] [--scale S]\n";
+           "       morvane-snapshot --gallery --out FILE.png [--theme ID] [--scale S]\n"
+           "       morvane-snapshot --version\n";
 }
 
 ParseResult parseSnapshotOptions (const juce::StringArray& args)
@@ -45,6 +46,8 @@ ParseResult parseSnapshotOptions (const juce::StringArray& args)
         juce::String v;
         if (arg == "--help" || arg == "-h")
             o.help = true;
+        else if (arg == "--version")
+            o.version = true;
         else if (arg == "--gallery")
             o.gallery = true;
         else if (arg == "--out")
@@ -126,7 +129,7 @@ ParseResult parseSnapshotOptions (const juce::StringArray& args)
         }
     }
 
-    if (o.help)
+    if (o.help || o.version)
         return result;
     if (o.out == juce::File())
         result.error = "--out FILE.png is required";

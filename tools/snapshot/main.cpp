@@ -5,13 +5,18 @@
 
 int main (int argc, char** argv)
 {
-    juce::ScopedJuceInitialiser_GUI gui;
-    morvane::render::setToolName ("morvane-snapshot");
     juce::StringArray args;
     for (int i = 1; i < argc; ++i)
         args.add (juce::String::fromUTF8 (argv[i]));
 
     const auto parsed = morvane::snapshot::parseSnapshotOptions (args);
+    if (parsed.options.version)
+    {
+        std::cout << "morvane-snapshot " << MORVANE_VERSION << std::endl;
+        return 0;
+    }
+    juce::ScopedJuceInitialiser_GUI gui;
+    morvane::render::setToolName ("morvane-snapshot");
     if (parsed.options.help)
     {
         std::cout << morvane::snapshot::usageText();

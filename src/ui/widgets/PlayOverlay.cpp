@@ -79,13 +79,74 @@ PlayOverlay::PlayOverlay (MorvaneAudioProcessor& p) : processor (p)
     tieButton.onClick = [this] { setEditMode (1); };
     accentButton.onClick = [this] { setEditMode (2); };
     eraseButton.onClick = [this] { setEditMode (3); };
-    clearButton.onClick = [this] { phraseGrid.clearSteps(); clearButton.setToggleState (false, juce::dontSendNotification); };
+    clearButton.onClick = [this]
+    {
+        phraseGrid.clearSteps();
+        clearButton.setToggleState (false, juce::dontSendNotification);
+        publishPhrase();
+    };
     panicButton.onClick = [this] { panic(); panicButton.setToggleState (false, juce::dontSendNotification); };
+
+    swingChip.setRange (50.0, 75.0, 1.0);
+    swingChip.setDoubleClickReturnValue (true, 50.0);
+    swingChip.setValueFormatter ([] (double v) { return juce::String (juce::roundToInt (v)) + "%"; });
+    swingChip.setTooltip ("Swing: delays every second sixteenth, from 50% (straight) to 75%");
+    addAndMakeVisible (swingChip);
+
+    loadPhrase();
+    phraseGrid.onStepChanged = [this] (int, ostrel::widgets::PhraseStep) { publishPhrase(); };
+    velocitySlider.onValueChanged = [this] (float) { publishPhrase(); };
+    swingChip.onValueChange = [this] { publishPhrase(); };
 
     startTimerHz (30);
 }
 
-PlayOverlay::~PlayOverlay() { stopTimer(); }
+PlayOverlay::~PlayOverlay()
+{
+    stopTimer();
+    // Nothing this overlay started outlives it: the phrase stops, held keys and HOLD let go, and a
+    // bent wheel or pressed pad returns to rest.
+    processor.setPhrasePlaying (false);
+    releaseHeldKeys();
+    if (pitchWheel.getValue() != 0.0f)
+        processor.pushPitchBend (0.0f);
+    if (pressurePad.getValue() != 0.0f)
+        processor.pushAftertouch (0.0f);
+}
+
+void PlayOverlay::loadPhrase()
+{
+    const auto pattern = processor.getPhrase();
+    const auto callback = std::exchange (phraseGrid.onStepChanged, nullptr);
+    phraseGrid.setStepCount (pattern.stepCount);
+    for (int i = 0; i < ostrel::widgets::StepPhraseGrid::maxSteps; ++i)
+    {
+        const auto& step = pattern.steps[(size_t) i];
+        ostrel::widgets::PhraseStep record;
+        record.note = step.note;
+        record.tied = step.tied;
+        record.accent = step.accent;
+        phraseGrid.setStep (i, record);
+    }
+    phraseGrid.onStepChanged = callback;
+    swingChip.setValue (pattern.swing * 100.0, juce::dontSendNotification);
+    setEditMode (processor.getPhraseEditMode());
+    phraseRevision = processor.getPhraseRevision();
+}
+
+void PlayOverlay::publishPhrase()
+{
+    PhrasePattern pattern;
+    pattern.stepCount = phraseGrid.getStepCount();
+    for (int i = 0; i < PhrasePattern::maxSteps; ++i)
+    {
+        const auto step = phraseGrid.getStep (i);
+        pattern.steps[(size_t) i] = { (std::int8_t) (step.note < 0 ? -1 : juce::jlimit (0, 127, step.note)), step.tied, step.accent };
+    }
+    pattern.swing = (float) swingChip.getValue() * 0.01f;
+    pattern.velocityScale = velocitySlider.getValue();
+    processor.setPhrase (pattern);
+}
 
 void PlayOverlay::keyDown (int note, float velocity)
 {
@@ -133,36 +194,62 @@ void PlayOverlay::setHold (bool on)
 
 void PlayOverlay::setEditMode (int mode)
 {
+    mode = juce::jlimit (0, 3, mode);
     ostrel::widgets::Tab* tabs[] = { &noteButton, &tieButton, &accentButton, &eraseButton };
     for (int i = 0; i < 4; ++i)
         tabs[i]->setToggleState (i == mode, juce::dontSendNotification);
     phraseGrid.setEditMode (mode);
+    processor.setPhraseEditMode (mode);
 }
 
 void PlayOverlay::setPlaying (bool on)
 {
+    playButton.setToggleState (on, juce::dontSendNotification);
     if (on == playing)
         return;
     playing = on;
-    playButton.setToggleState (on, juce::dontSendNotification);
-    if (on)
+    // The processor starts the phrase at its next block and stops it, releasing its note, likewise.
+    processor.setPhrasePlaying (on);
+    if (! on)
     {
-        nextStepTime = juce::Time::getMillisecondCounterHiRes();
-        return;
+        phraseGrid.setPlayheadStep (-1);
+        showPhraseNote (-1);
     }
-    phraseGrid.setPlayheadStep (-1);
-    currentStep = -1;
-    stopPhraseNote();
 }
 
-void PlayOverlay::stopPhraseNote()
+void PlayOverlay::showPhraseNote (int note)
 {
-    if (soundingNote < 0)
+    if (note == shownPhraseNote)
         return;
-    processor.pushNoteOff (soundingNote);
-    if (! heldKeys[(size_t) soundingNote])
-        keyboard.setNoteDisplayed (soundingNote, false);
-    soundingNote = -1;
+    if (shownPhraseNote >= 0 && ! heldKeys[(size_t) shownPhraseNote])
+        keyboard.setNoteDisplayed (shownPhraseNote, false);
+    shownPhraseNote = note;
+    if (note >= 0)
+        keyboard.setNoteDisplayed (note, true);
+}
+
+void PlayOverlay::syncWithProcessor()
+{
+    if (processor.getPhraseRevision() != phraseRevision)
+        loadPhrase();
+
+    // A host that stops its transport stops the phrase too.
+    if (playing && ! processor.isPhrasePlaying())
+        setPlaying (false);
+
+    const int step = playing ? processor.getPhrasePlayhead() : -1;
+    phraseGrid.setPlayheadStep (step);
+    int note = -1;
+    for (int i = step; i >= 0; --i)
+    {
+        const auto record = phraseGrid.getStep (i);
+        if (record.note < 0 || ! record.tied || i == 0)
+        {
+            note = record.note;
+            break;
+        }
+    }
+    showPhraseNote (note);
 }
 
 void PlayOverlay::panic()
@@ -176,30 +263,7 @@ void PlayOverlay::panic()
     pressurePad.setValue (0.0f, false);
 }
 
-void PlayOverlay::timerCallback() { tick (juce::Time::getMillisecondCounterHiRes()); }
-
-void PlayOverlay::tick (double now)
-{
-    if (! playing || now < nextStepTime)
-        return;
-    currentStep = (currentStep + 1) % juce::jmax (1, phraseGrid.getStepCount());
-    phraseGrid.setPlayheadStep (currentStep);
-    const auto step = phraseGrid.getStep (currentStep);
-    if (step.note < 0)
-    {
-        stopPhraseNote();
-    }
-    else if (! step.tied || soundingNote < 0)
-    {
-        stopPhraseNote();
-        soundingNote = juce::jlimit (0, 127, step.note);
-        processor.pushNoteOn (soundingNote, juce::jlimit (0.05f, 1.0f, (step.accent ? 1.0f : 0.72f) * velocitySlider.getValue()));
-        keyboard.setNoteDisplayed (soundingNote, true);
-    }
-    const auto* tempo = processor.getParameterTree().getRawParameterValue ("lfoSyncBpm");
-    const double bpm = tempo != nullptr ? juce::jlimit (40.0, 240.0, (double) tempo->load()) : 120.0;
-    nextStepTime = now + 60000.0 / bpm * 0.25;
-}
+void PlayOverlay::timerCallback() { syncWithProcessor(); }
 
 void PlayOverlay::visibilityChanged()
 {
@@ -211,8 +275,7 @@ bool PlayOverlay::keyPressed (const juce::KeyPress& key)
 {
     if (key != juce::KeyPress::spaceKey)
         return false;
-    playButton.setToggleState (! playButton.getToggleState(), juce::sendNotificationSync);
-    setPlaying (playButton.getToggleState());
+    setPlaying (! playing);
     return true;
 }
 
@@ -243,7 +306,7 @@ void PlayOverlay::resized()
     area.removeFromTop (8);
 
     auto captions = area.removeFromTop (22);
-    transportLabelArea = take (captions, 200);
+    transportLabelArea = take (captions, 96 + 8 + 96 + 8 + 72);
     skip (captions, 16);
     editLabelArea = take (captions, 200);
     dangerLabelArea = captions.removeFromRight (juce::jmin (200, captions.getWidth()));
@@ -252,6 +315,8 @@ void PlayOverlay::resized()
     playButton.setBounds (take (row, 96));
     skip (row, 8);
     holdButton.setBounds (take (row, 96));
+    skip (row, 8);
+    swingChip.setBounds (take (row, 72));
     skip (row, 16);
     ostrel::widgets::Tab* modes[] = { &noteButton, &tieButton, &accentButton, &eraseButton };
     for (int i = 0; i < 4; ++i)

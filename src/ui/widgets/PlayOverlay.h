@@ -5,6 +5,7 @@
 #include "widgets/SectionFrame.h"
 #include "widgets/StepPhraseGrid.h"
 #include "widgets/Tab.h"
+#include "widgets/ValueChip.h"
 
 #include <array>
 #include <functional>
@@ -16,8 +17,9 @@ class MorvaneAudioProcessor;
 
 namespace morvane::ui::widgets
 {
-// A performance surface over the canvas: keyboard, wheel, sliders, pressure pad and a 16-step
-// phrase with its own transport, all through the processor's command ring. Nothing is stored.
+// A performance surface over the canvas: keyboard, wheel, sliders and pressure pad through the
+// processor's command ring, and the editor of the 16-step phrase that the processor plays in time.
+// Whatever the overlay started ends with it.
 class PlayOverlay : public ostrel::widgets::SectionFrame,
                     private juce::Timer
 {
@@ -35,8 +37,8 @@ public:
     void setPlaying (bool on);
     bool isPlaying() const noexcept { return playing; }
     void panic();
-    // One pass of the transport's clock, as the timer runs it; now in milliseconds.
-    void tick (double now);
+    // Follows the processor: its transport (a host may stop it), its playhead, a restored phrase.
+    void syncWithProcessor();
 
     ostrel::widgets::StepPhraseGrid phraseGrid;
     ostrel::widgets::PianoKeyboard keyboard;
@@ -46,10 +48,8 @@ public:
     ostrel::widgets::Tab playButton { "PLAY" }, holdButton { "HOLD" };
     ostrel::widgets::Tab noteButton { "NOTE" }, tieButton { "TIE" }, accentButton { "ACC" }, eraseButton { "ERASE" };
     ostrel::widgets::Tab clearButton { "CLEAR", 1 }, panicButton { "PANIC", 1 };
+    ostrel::widgets::ValueChip swingChip { "SWING" };
     juce::TextButton closeButton;
-
-    int getSoundingNote() const noexcept { return soundingNote; }
-    int getCurrentStep() const noexcept { return currentStep; }
 
 private:
     void timerCallback() override;
@@ -58,13 +58,14 @@ private:
     void releaseHeldKeys();
     void setHold (bool on);
     void setEditMode (int mode);
-    void stopPhraseNote();
+    void loadPhrase();
+    void publishPhrase();
+    void showPhraseNote (int note);
 
     MorvaneAudioProcessor& processor;
     juce::Rectangle<int> transportLabelArea, editLabelArea, dangerLabelArea;
     std::array<bool, 128> heldKeys {};
     bool holdOn = false, playing = false;
-    int currentStep = -1, soundingNote = -1;
-    double nextStepTime = 0.0;
+    int shownPhraseNote = -1, phraseRevision = -1;
 };
 }

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 using namespace morvane;
 using namespace morvane::ui;
 
@@ -290,32 +292,50 @@ TEST (Editor, WorkflowMenuAndPatchTools)
     EXPECT_NEAR (tree.getRawParameterValue ("feedbackAmount")->load(), 0.14f, 0.001f);
 }
 
-TEST (Editor, NoAllocationInProcessBlockWhileTheEditorRuns)
+TEST (Editor, NoAllocationInProcessBlockOrHostAutomationWhileTheEditorRuns)
 {
     TempSettings temp;
     MorvaneAudioProcessor p;
     p.setRateAndBufferSizeDetails (48000.0, 256);
     p.prepareToPlay (48000.0, 256);
     Editor editor (p, temp.file);
-    editor.setActiveView (3);
     juce::AudioBuffer<float> buffer (2, 256);
     juce::MidiBuffer midi;
     midi.ensureSize (64);
     long allocations = 0;
-    for (int block = 0; block < 40; ++block)
+    for (int view = 0; view < 6; ++view)
     {
-        midi.clear();
-        if (block % 10 == 0)
-            midi.addEvent (juce::MidiMessage::noteOn (1, 36 + block / 10, 0.9f), 3);
+        editor.setActiveView (view);
+        for (int block = 0; block < 8; ++block)
+        {
+            midi.clear();
+            if (block % 4 == 0)
+                midi.addEvent (juce::MidiMessage::noteOn (1, 36 + block, 0.9f), 3);
+            {
+                test::AllocationCounter counter;
+                p.processBlock (buffer, midi);
+                allocations += counter.allocations();
+            }
+            editor.refreshReadouts();
+            juce::MessageManager::getInstance()->runDispatchLoopUntil (1);
+        }
+        EXPECT_EQ (allocations, 0) << "processBlock, view " << view;
+
+        // A host automating every parameter from a thread of its own, with this view showing: the
+        // editor's listeners only post.
+        long hostAllocations = -1;
+        std::thread host ([&]
         {
             test::AllocationCounter counter;
-            p.processBlock (buffer, midi);
-            allocations += counter.allocations();
-        }
-        editor.refreshReadouts();
-        juce::MessageManager::getInstance()->runDispatchLoopUntil (1);
+            for (float v : { 0.9f, 0.1f })
+                for (auto* parameter : p.getParameters())
+                    parameter->setValueNotifyingHost (v);
+            hostAllocations = counter.allocations();
+        });
+        host.join();
+        EXPECT_EQ (hostAllocations, 0) << "host automation, view " << view;
+        juce::MessageManager::getInstance()->runDispatchLoopUntil (5);
     }
-    EXPECT_EQ (allocations, 0);
 }
 
 TEST (Snapshot, EachScaleHasItsSizeAndTheThemeGround)

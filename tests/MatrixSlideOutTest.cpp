@@ -62,15 +62,17 @@ TEST (MatrixSlideOut, RowsOnTheGridTheCloseButtonAndTheJumpFromAKnob)
         EXPECT_EQ (editor.getActiveView(), 0);
 
         // A knob's "jump to matrix" opens view 3.
-        ASSERT_TRUE (matrix::revealInMatrixHook != nullptr);
+        auto& reveal = matrix::wiringOf (p).revealInMatrix;
+        ASSERT_TRUE (reveal != nullptr);
         const int destination = panel.getRow (2).destinationIndex();
         ASSERT_EQ (destination, 1);
-        matrix::revealInMatrixHook (destination);
+        reveal (destination);
         EXPECT_EQ (editor.getActiveView(), (int) Editor::matrixView);
         EXPECT_TRUE (panel.getRow (2).isMarked());
         editor.setActiveView (0);
         EXPECT_FALSE (panel.getRow (2).isMarked());
     }
-    EXPECT_EQ (matrix::revealInMatrixHook, nullptr) << "the editor clears its hooks";
+    EXPECT_EQ (matrix::wiringOf (p).revealInMatrix, nullptr) << "the editor clears its hooks";
+    matrix::forgetWiring (p);
     dir.deleteRecursively();
 }

@@ -100,11 +100,20 @@ TEST (MatrixWiring, AWiredKnobTakesDropsDragsItsDepthAndLearns)
     EXPECT_FALSE (knob.isMidiLearnPending());
     EXPECT_GE (m.p.getControllerBinding (21), 0);
 
-    bool revealed = false;
-    matrix::revealInMatrixHook = [&] (int d) { revealed = d == 1; };
+    // A second instance's editor never reaches this knob: not its pulse, not its reveal.
+    MorvaneAudioProcessor other;
+    knob.handleMenuResult (ostrel::widgets::Knob::menuMidiLearn);
+    bool revealed = false, otherRevealed = false;
+    matrix::wiringOf (m.p).revealInMatrix = [&] (int d) { revealed = d == 1; };
+    matrix::wiringOf (other).revealInMatrix = [&] (int) { otherRevealed = true; };
+    matrix::refreshKnobs (other);
+    EXPECT_TRUE (knob.isMidiLearnPending());
     knob.handleMenuResult (ostrel::widgets::Knob::menuReveal);
     EXPECT_TRUE (revealed);
-    matrix::revealInMatrixHook = nullptr;
+    EXPECT_FALSE (otherRevealed);
+    matrix::forgetWiring (other);
+    matrix::forgetWiring (m.p);
+    knob.handleMenuResult (ostrel::widgets::Knob::menuMidiLearn);
 
     knob.handleMenuResult (ostrel::widgets::Knob::menuRemoveModulation);
     EXPECT_EQ (m.raw ("mod1Source"), 0.0f);

@@ -24,6 +24,10 @@ long allocationsWhileProcessing (MorvaneAudioProcessor& p, int blockSize, int bl
 
     // Parameter changes from the message thread happen outside the counted window.
     auto* cutoff = p.getParameterTree().getParameter ("osc1DcwDepth");
+    // The phrase plays throughout, its pattern changing now and then.
+    PhrasePattern phrase;
+    for (int k = 0; k < 16; ++k)
+        phrase.steps[(size_t) k] = { (std::int8_t) (k % 3 == 2 ? -1 : 36 + k), k % 4 == 1, k % 5 == 0 };
     long total = 0;
     for (int b = 0; b < blocks; ++b)
     {
@@ -50,6 +54,13 @@ long allocationsWhileProcessing (MorvaneAudioProcessor& p, int blockSize, int bl
         }
         if (b % 13 == 0)
             p.pushPanic();
+        if (b % 13 == 1)
+            p.setPhrasePlaying (true);
+        if (b % 11 == 0)
+        {
+            phrase.swing = 0.5f + (float) (b % 5) * 0.05f;
+            p.setPhrase (phrase);
+        }
         if (b % 5 == 0)
             cutoff->setValueNotifyingHost ((float) (rng() % 1000) / 1000.0f);
 

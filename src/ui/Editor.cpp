@@ -96,12 +96,13 @@ Editor::Editor (MorvaneAudioProcessor& p, const juce::File& settingsFile)
     settingsPanel.onRevealThemes = [this] { revealThemesFolder(); };
     settingsPanel.onRevealUserPresets = [this] { revealUserPresetFolder(); };
 
-    matrix::revealInMatrixHook = [this] (int destination)
+    auto& wiring = matrix::wiringOf (processor);
+    wiring.revealInMatrix = [this] (int destination)
     {
         setActiveView (matrixView);
         matrixSlideOut.markDestination (destination);
     };
-    matrix::routingHighlightHook = [this] (int) { if (activeView != matrixView) repaint(); };
+    wiring.routingHighlight = [this] (int) { if (activeView != matrixView) repaint(); };
 
     currentPresetIndex = presets::positionOfSource (catalogue, processor.getPresetSource());
 
@@ -121,8 +122,7 @@ Editor::~Editor()
 {
     stopTimer();
     setLookAndFeel (nullptr);
-    matrix::revealInMatrixHook = nullptr;
-    matrix::routingHighlightHook = nullptr;
+    matrix::forgetWiring (processor);
 }
 
 juce::Rectangle<int> Editor::viewBounds (int view) const

@@ -31,20 +31,15 @@ juce::String octaveText (juce::AudioProcessorValueTreeState& parameters, double 
 }
 }
 
-void Header::Listener::parameterChanged (const juce::String&, float)
+void Header::Listener::handleAsyncUpdate()
 {
-    auto weak = header;
-    const bool transport = refreshesTransport;
-    juce::MessageManager::callAsync ([weak, transport]
+    if (auto* h = header.get())
     {
-        if (auto* h = weak.get())
-        {
-            if (transport)
-                h->refreshTransport();
-            else
-                h->repaint();
-        }
-    });
+        if (refreshesTransport)
+            h->refreshTransport();
+        else
+            h->repaint();
+    }
 }
 
 Header::Header (MorvaneAudioProcessor& p)

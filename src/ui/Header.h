@@ -48,10 +48,14 @@ public:
     header::SettingsButton settingsButton;
 
 private:
-    struct Listener : juce::AudioProcessorValueTreeState::Listener
+    // Hosts automate from any thread: the listener only posts, through an updater that needs no
+    // allocation, and the header reacts on the message thread.
+    struct Listener : juce::AudioProcessorValueTreeState::Listener, private juce::AsyncUpdater
     {
         Listener (Header& h, bool transport) : header (&h), refreshesTransport (transport) {}
-        void parameterChanged (const juce::String&, float) override;
+        ~Listener() override { cancelPendingUpdate(); }
+        void parameterChanged (const juce::String&, float) override { triggerAsyncUpdate(); }
+        void handleAsyncUpdate() override;
         juce::WeakReference<Header> header;
         bool refreshesTransport;
     };

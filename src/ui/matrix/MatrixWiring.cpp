@@ -4,12 +4,10 @@
 #include "widgets/Knob.h"
 
 #include <cmath>
+#include <map>
 
 namespace morvane::ui::matrix
 {
-std::function<void (int)> revealInMatrixHook;
-std::function<void (int)> routingHighlightHook;
-
 namespace
 {
 juce::String slotId (int slot, const char* field) { return "mod" + juce::String (slot) + field; }
@@ -119,22 +117,30 @@ juce::String modulationStatusText (MorvaneAudioProcessor& p, int destination)
     return {};
 }
 
-std::vector<RegisteredKnob>& knobRegistry()
+namespace
 {
-    static std::vector<RegisteredKnob> registry;
-    return registry;
+// Message thread only, like everything that wires knobs.
+std::map<const MorvaneAudioProcessor*, EditorWiring>& wirings()
+{
+    static std::map<const MorvaneAudioProcessor*, EditorWiring> all;
+    return all;
+}
 }
 
-void pruneKnobRegistry()
+EditorWiring& wiringOf (const MorvaneAudioProcessor& processor) { return wirings()[&processor]; }
+void forgetWiring (const MorvaneAudioProcessor& processor) { wirings().erase (&processor); }
+std::vector<RegisteredKnob>& knobRegistry (const MorvaneAudioProcessor& processor) { return wiringOf (processor).knobs; }
+
+void pruneKnobRegistry (const MorvaneAudioProcessor& processor)
 {
-    auto& r = knobRegistry();
+    auto& r = knobRegistry (processor);
     r.erase (std::remove_if (r.begin(), r.end(), [] (const RegisteredKnob& k) { return k.knob == nullptr || k.destination < 1; }), r.end());
 }
 
 void wireKnob (ostrel::widgets::Knob& knob, MorvaneAudioProcessor& processor, const juce::String& parameterId, int destination)
 {
-    pruneKnobRegistry();
-    auto& registry = knobRegistry();
+    pruneKnobRegistry (processor);
+    auto& registry = knobRegistry (processor);
     auto existing = std::find_if (registry.begin(), registry.end(), [&knob] (const RegisteredKnob& k) { return k.knob == &knob; });
     if (existing != registry.end())
         existing->destination = destination;
@@ -166,12 +172,16 @@ void wireKnob (ostrel::widgets::Knob& knob, MorvaneAudioProcessor& processor, co
         if (safe != nullptr)
             safe->setMidiLearnPending (! safe->isMidiLearnPending());
     });
-    knob.setRevealHandler ([destination] { if (revealInMatrixHook) revealInMatrixHook (destination); });
+    knob.setRevealHandler ([p, destination]
+    {
+        if (auto& reveal = wiringOf (*p).revealInMatrix)
+            reveal (destination);
+    });
 }
 
 void refreshKnobs (MorvaneAudioProcessor& processor)
 {
-    pruneKnobRegistry();
+    pruneKnobRegistry (processor);
     std::array<float, 64> sums {};
     std::array<bool, 64> pointed {};
     const auto& outputs = processor.getEngine().slotOutputs;
@@ -183,7 +193,7 @@ void refreshKnobs (MorvaneAudioProcessor& processor)
         sums[(size_t) dest] += outputs[(size_t) slot - 1].load (std::memory_order_relaxed);
         pointed[(size_t) dest] = pointed[(size_t) dest] || choiceIndex (processor, slot, "Source") > 0;
     }
-    for (auto& entry : knobRegistry())
+    for (auto& entry : knobRegistry (processor))
     {
         const auto d = (size_t) juce::jlimit (0, (int) sums.size() - 1, entry.destination);
         entry.knob->setModulated (std::abs (sums[d]) > 0.001f || pointed[d]);
@@ -194,10 +204,10 @@ void refreshKnobs (MorvaneAudioProcessor& processor)
     }
 }
 
-void flashDestination (int destination)
+void flashDestination (const MorvaneAudioProcessor& processor, int destination)
 {
-    pruneKnobRegistry();
-    for (auto& entry : knobRegistry())
+    pruneKnobRegistry (processor);
+    for (auto& entry : knobRegistry (processor))
         if (entry.destination == destination)
             entry.knob->flashHalo();
 }

@@ -33,23 +33,31 @@ const juce::StringArray& sourceDisplayNames();
 // attached the knob to its parameter.
 void wireKnob (ostrel::widgets::Knob& knob, MorvaneAudioProcessor& processor, const juce::String& parameterId, int destination);
 
-// The knobs wired so far, pruned of dead ones; the editor's timer and the matrix walk it.
 struct RegisteredKnob
 {
     juce::Component::SafePointer<ostrel::widgets::Knob> knob;
     int destination;
     juce::String parameterId;
 };
-std::vector<RegisteredKnob>& knobRegistry();
-void pruneKnobRegistry();
+
+// What one processor's editor wires: its knobs, pruned of dead ones (the editor's timer and the
+// matrix walk them), and the hooks the editor installs for its lifetime: open the matrix at a
+// destination, repaint for a highlight. Each instance has its own, so that two instances in one
+// host never touch each other's knobs.
+struct EditorWiring
+{
+    std::vector<RegisteredKnob> knobs;
+    std::function<void (int)> revealInMatrix, routingHighlight;
+};
+EditorWiring& wiringOf (const MorvaneAudioProcessor& processor);
+// The editor's destructor: its knobs and hooks go with it.
+void forgetWiring (const MorvaneAudioProcessor& processor);
+std::vector<RegisteredKnob>& knobRegistry (const MorvaneAudioProcessor& processor);
+void pruneKnobRegistry (const MorvaneAudioProcessor& processor);
 
 // The editor's timer: each knob's ring and live dot from the slots' live outputs, and the end
 // of a MIDI learn that the audio thread completed.
 void refreshKnobs (MorvaneAudioProcessor& processor);
 // Flashes every knob of a destination.
-void flashDestination (int destination);
-
-// Installed by the editor for its lifetime: open the matrix at a destination; repaint for a highlight.
-extern std::function<void (int)> revealInMatrixHook;
-extern std::function<void (int)> routingHighlightHook;
+void flashDestination (const MorvaneAudioProcessor& processor, int destination);
 }

@@ -33,13 +33,13 @@ MatrixSlideOut::MatrixSlideOut (MorvaneAudioProcessor& p) : processor (p)
     {
         auto& row = rows[(size_t) n - 1];
         row = std::make_unique<RoutingRow> (processor.getParameterTree(), n);
-        row->onDestinationFlash = [] (int destination)
+        row->onDestinationFlash = [this] (int destination)
         {
             if (destination < 1)
                 return;
-            matrix::flashDestination (destination);
-            if (matrix::routingHighlightHook)
-                matrix::routingHighlightHook (destination);
+            matrix::flashDestination (processor, destination);
+            if (auto& highlight = matrix::wiringOf (processor).routingHighlight)
+                highlight (destination);
         };
         addAndMakeVisible (*row);
     }

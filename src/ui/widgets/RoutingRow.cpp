@@ -15,18 +15,8 @@ RoutingRow::ParamListener::ParamListener (juce::RangedAudioParameter& p, std::fu
 
 RoutingRow::ParamListener::~ParamListener()
 {
-    *alive = false;
     parameter.removeListener (this);
-}
-
-void RoutingRow::ParamListener::parameterValueChanged (int, float)
-{
-    // Any thread, the audio thread too: only post, and do nothing once the row is gone.
-    juce::MessageManager::callAsync ([weak = std::weak_ptr<bool> (alive), this]
-    {
-        if (auto flag = weak.lock(); flag != nullptr && *flag && callback)
-            callback();
-    });
+    cancelPendingUpdate();
 }
 
 RoutingRow::RoutingRow (juce::AudioProcessorValueTreeState& s, int n)

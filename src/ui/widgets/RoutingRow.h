@@ -42,18 +42,21 @@ public:
     juce::TextButton& getClearButton() noexcept { return clearButton; }
 
 private:
-    class ParamListener : public juce::AudioProcessorParameter::Listener
+    // Any thread, the audio thread too: the listener only posts, through an updater that needs no
+    // allocation, and the row reacts on the message thread.
+    class ParamListener : public juce::AudioProcessorParameter::Listener, private juce::AsyncUpdater
     {
     public:
         ParamListener (juce::RangedAudioParameter& p, std::function<void()> callback);
         ~ParamListener() override;
-        void parameterValueChanged (int, float) override;
+        void parameterValueChanged (int, float) override { triggerAsyncUpdate(); }
         void parameterGestureChanged (int, bool) override {}
 
     private:
+        void handleAsyncUpdate() override { if (callback) callback(); }
+
         juce::RangedAudioParameter& parameter;
         std::function<void()> callback;
-        std::shared_ptr<bool> alive = std::make_shared<bool> (true);
     };
 
     struct HoverRelay : juce::MouseListener

@@ -274,3 +274,60 @@ TEST (Processor, MonoBusKeepsLevelThroughTheSumFactor)
     for (int i = 0; i < 9600; ++i)
         ASSERT_NEAR (m.getSample (0, i), (s.getSample (0, i) + s.getSample (1, i)) * 0.7071068f, 1.0e-6f);
 }
+
+// A host's bypass with a note held across it: a fade without a click, silence, and a clean return.
+TEST (Processor, HostBypassFadesTheHeldVoiceOutAndReturnsClean)
+{
+    auto p = test::makePrepared (48000.0, 128);
+    juce::AudioBuffer<float> buffer (2, 128);
+    juce::MidiBuffer midi;
+    auto largestStep = [&] (float& last)
+    {
+        float step = 0.0f;
+        for (int i = 0; i < buffer.getNumSamples(); ++i)
+        {
+            step = std::max (step, std::abs (buffer.getSample (0, i) - last));
+            last = buffer.getSample (0, i);
+        }
+        return step;
+    };
+
+    midi.addEvent (juce::MidiMessage::noteOn (1, 36, 1.0f), 0);
+    float last = 0.0f, playingStep = 0.0f;
+    for (int b = 0; b < 60; ++b)
+    {
+        p->processBlock (buffer, midi);
+        midi.clear();
+        playingStep = std::max (playingStep, largestStep (last));
+    }
+    ASSERT_GT (buffer.getMagnitude (0, 128), 0.05f);
+
+    float fadeStep = 0.0f;
+    for (int b = 0; b < 4; ++b)
+    {
+        p->processBlockBypassed (buffer, midi);
+        fadeStep = std::max (fadeStep, largestStep (last));
+    }
+    EXPECT_LE (fadeStep, playingStep * 1.05f) << "the fade adds no step larger than the note's own";
+    p->processBlockBypassed (buffer, midi);
+    EXPECT_EQ (buffer.getMagnitude (0, 128), 0.0f) << "silent once 10 ms have passed";
+    EXPECT_EQ (p->getHeldCount(), 0) << "the voice was let go";
+
+    for (int b = 0; b < 750; ++b) // two seconds bypassed, the note's key still down
+        p->processBlockBypassed (buffer, midi);
+    EXPECT_EQ (buffer.getMagnitude (0, 128), 0.0f);
+    float returned = 0.0f;
+    for (int b = 0; b < 10; ++b)
+    {
+        p->processBlock (buffer, midi);
+        returned = std::max (returned, buffer.getMagnitude (0, 128));
+    }
+    EXPECT_LT (returned, 1.0e-3f) << "un-bypassing starts clean, without the old note";
+    midi.addEvent (juce::MidiMessage::noteOn (1, 40, 1.0f), 0);
+    for (int b = 0; b < 20; ++b)
+    {
+        p->processBlock (buffer, midi);
+        midi.clear();
+    }
+    EXPECT_GT (buffer.getMagnitude (0, 128), 0.05f) << "and plays the next note";
+}

@@ -252,6 +252,48 @@ void MorvaneAudioProcessor::handleMidi (const juce::MidiMessageMetadata& event) 
 
 void MorvaneAudioProcessor::processBlock (juce::AudioBuffer<float>& buffer, juce::MidiBuffer& midi)
 {
+    hostBypassed = false;
+    renderBlock (buffer, midi);
+    rampOutputGain (buffer, 1.0f);
+}
+
+void MorvaneAudioProcessor::processBlockBypassed (juce::AudioBuffer<float>& buffer, juce::MidiBuffer&)
+{
+    if (! hostBypassed)
+    {
+        hostBypassed = true;
+        panic();
+    }
+    renderBlock (buffer, noMidi);
+    rampOutputGain (buffer, 0.0f);
+}
+
+void MorvaneAudioProcessor::rampOutputGain (juce::AudioBuffer<float>& buffer, float target) noexcept
+{
+    if (outputGain == target)
+    {
+        if (target == 0.0f)
+            buffer.clear();
+        return;
+    }
+    const float step = 1.0f / (float) std::max (1.0, 0.01 * currentSampleRate);
+    const int numSamples = buffer.getNumSamples();
+    float gain = outputGain;
+    for (int ch = 0; ch < buffer.getNumChannels(); ++ch)
+    {
+        gain = outputGain;
+        auto* data = buffer.getWritePointer (ch);
+        for (int i = 0; i < numSamples; ++i)
+        {
+            gain = target > gain ? std::min (target, gain + step) : std::max (target, gain - step);
+            data[i] *= gain;
+        }
+    }
+    outputGain = gain;
+}
+
+void MorvaneAudioProcessor::renderBlock (juce::AudioBuffer<float>& buffer, juce::MidiBuffer& midi) noexcept
+{
     juce::ScopedNoDenormals noDenormals;
     const auto startTicks = juce::Time::getHighResolutionTicks();
     const int numSamples = buffer.getNumSamples();

@@ -30,6 +30,11 @@ public:
     void releaseResources() override {}
     void processBlock (juce::AudioBuffer<float>&, juce::MidiBuffer&) override;
     void processBlock (juce::AudioBuffer<double>&, juce::MidiBuffer&) override {}
+    // A host's bypass: the voice lets go and the output fades to silence over 10 ms while the
+    // instrument runs on unheard, so that its tails have died away when the bypass ends and the
+    // output fades back in.
+    void processBlockBypassed (juce::AudioBuffer<float>&, juce::MidiBuffer&) override;
+    void processBlockBypassed (juce::AudioBuffer<double>&, juce::MidiBuffer&) override {}
     bool supportsDoublePrecisionProcessing() const override { return false; }
 
     double getTailLengthSeconds() const override { return 0.0; }
@@ -125,6 +130,8 @@ private:
     PhraseTransport readTransport (juce::AudioPlayHead::PositionInfo* position, double bpm) const noexcept;
     void removeHeld (int note) noexcept;
     void updateReadouts (const juce::AudioBuffer<float>& buffer, juce::int64 startTicks) noexcept;
+    void renderBlock (juce::AudioBuffer<float>& buffer, juce::MidiBuffer& midi) noexcept;
+    void rampOutputGain (juce::AudioBuffer<float>& buffer, float target) noexcept;
     void updateFxParameters() noexcept;
     void processFxBlock (juce::AudioBuffer<float>& buffer) noexcept;
     void timerCallback() override;
@@ -178,6 +185,9 @@ private:
     std::atomic<bool> panicRequested { false };
 
     double currentSampleRate = 44100.0;
+    bool hostBypassed = false;
+    float outputGain = 1.0f;
+    juce::MidiBuffer noMidi;
 
     JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (MorvaneAudioProcessor)
 };

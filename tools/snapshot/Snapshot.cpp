@@ -1,3 +1,4 @@
+#include "BinaryData.h"
 #include "snapshot/Snapshot.h"
 
 #include "audio/PluginProcessor.h"
@@ -66,6 +67,20 @@ std::optional<juce::Image> renderSnapshot (const SnapshotOptions& o, juce::Strin
 {
     if (o.themeFile && ! checkThemeFile (*o.themeFile, error))
         return std::nullopt;
+
+    if (o.iconSize > 0)
+    {
+        // Icon themes want their sizes drawn from the one large picture, smoothly.
+        int size = 0;
+        const auto* data = BinaryData::getNamedResource ("icon_1024_png", size);
+        const auto icon = data != nullptr ? juce::ImageFileFormat::loadFrom (data, (size_t) size) : juce::Image();
+        if (! icon.isValid())
+        {
+            error = "the embedded icon cannot be read";
+            return std::nullopt;
+        }
+        return icon.rescaled (o.iconSize, o.iconSize, juce::Graphics::highResamplingQuality);
+    }
 
     if (o.gallery)
     {

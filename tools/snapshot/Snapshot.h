@@ -24,6 +24,7 @@ struct SnapshotOptions
     std::optional<juce::File> preset;
     std::vector<Setting> sets;
     bool gallery = false;
+    int iconSize = 0;                      // the program's icon alone, at this many pixels
     bool help = false;
     bool version = false;
 };

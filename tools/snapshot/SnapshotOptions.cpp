@@ -24,6 +24,7 @@ juce::String usageText()
            "                        [--scale 0.75|1|1.25|1.5] [--theme ID | --theme-file FILE.json]\n"
            "                        [--factory NAME | --preset FILE] [--set ID=VALUE]...\n"
            "       morvane-snapshot --gallery --out FILE.png [--theme ID] [--scale S]\n"
+           "       morvane-snapshot --icon PIXELS --out FILE.png   (the program's icon, 16 to 1024)\n"
            "       morvane-snapshot --version\n";
 }
 
@@ -50,6 +51,16 @@ ParseResult parseSnapshotOptions (const juce::StringArray& args)
             o.version = true;
         else if (arg == "--gallery")
             o.gallery = true;
+        else if (arg == "--icon")
+        {
+            if (! value (v)) return result;
+            o.iconSize = v.containsOnly ("0123456789") && v.length() <= 4 ? v.getIntValue() : 0;
+            if (o.iconSize < 16 || o.iconSize > 1024)
+            {
+                result.error = "--icon takes a size in pixels from 16 to 1024, not '" + v + "'";
+                return result;
+            }
+        }
         else if (arg == "--out")
         {
             if (! value (v)) return result;

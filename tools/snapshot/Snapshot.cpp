@@ -7,6 +7,7 @@
 #include "snapshot/WidgetGallery.h"
 #include "ui/Editor.h"
 #include "ui/theme/Themes.h"
+#include "ui/widgets/CardFaces.h"
 
 #include <iostream>
 
@@ -62,6 +63,17 @@ juce::Image paint (juce::Component& component)
 }
 }
 
+namespace
+{
+void showSecondFaces (juce::Component& root)
+{
+    if (auto* toggle = dynamic_cast<ui::widgets::FaceToggle*> (&root))
+        toggle->showSecondFace (true);
+    for (auto* child : root.getChildren())
+        showSecondFaces (*child);
+}
+}
+
 std::optional<juce::Image> renderSnapshot (const SnapshotOptions& o, juce::String& error)
 {
     if (o.themeFile && ! checkThemeFile (*o.themeFile, error))
@@ -106,6 +118,8 @@ std::optional<juce::Image> renderSnapshot (const SnapshotOptions& o, juce::Strin
         editor.importThemeFile (*o.themeFile);
     editor.setDisplayScale (o.scale);
     editor.setActiveView (o.view);
+    if (o.secondFaces)
+        showSecondFaces (editor);
     editor.refreshReadouts();
     return paint (editor);
 }

@@ -20,7 +20,7 @@ int viewCodeForName (const juce::String& name)
 
 juce::String usageText()
 {
-    return "usage: morvane-snapshot --out FILE.png [--view canvas|browser|settings|matrix|play|fx]\n"
+    return "usage: morvane-snapshot --out FILE.png [--view canvas|browser|settings|matrix|play|fx] [--more]\n"
            "                        [--scale 0.75|1|1.25|1.5] [--theme ID | --theme-file FILE.json]\n"
            "                        [--factory NAME | --preset FILE] [--set ID=VALUE]...\n"
            "       morvane-snapshot --gallery --out FILE.png [--theme ID] [--scale S]\n";
@@ -47,6 +47,8 @@ ParseResult parseSnapshotOptions (const juce::StringArray& args)
             o.help = true;
         else if (arg == "--gallery")
             o.gallery = true;
+        else if (arg == "--more")
+            o.secondFaces = true;
         else if (arg == "--out")
         {
             if (! value (v)) return result;

@@ -81,19 +81,31 @@ void SingleCanvasView::setModulationBadges (bool on)
 
 std::vector<SingleCanvasView::Badge> SingleCanvasView::badges() const
 {
-    std::vector<Badge> result;
-    std::array<int, 8> earlier {};
+    // The oscillator cards name their own modulation, so they take none from here. The others get
+    // a row above their pictures, badges running leftwards from the right edge: a badge never
+    // covers a visualiser, and what no longer fits is counted on the row's last badge.
+    std::array<std::vector<widgets::Route>, panelCount> perPanel;
     for (const auto& route : widgets::activeRoutes (processor.getParameterTree()))
     {
         const auto panel = panelForDestination (route.destination);
-        if (panel == panelCount)
-            continue;
-        const auto area = panelBounds (panel);
-        auto& count = earlier[(size_t) (route.destination % 8)];
-        const auto percent = juce::roundToInt (route.amount * 100.0f);
-        result.push_back ({ { area.getRight() - 6 - 78, area.getY() + 34 + 20 * count, 78, 18 },
-                            (shortSourceName (route.sourceName) + (percent >= 0 ? "+" : "") + juce::String (percent)).toUpperCase() });
-        ++count;
+        if (panel != panelCount && panel != osc1 && panel != osc2)
+            perPanel[(size_t) panel].push_back (route);
+    }
+    std::vector<Badge> result;
+    for (int p = 0; p < panelCount; ++p)
+    {
+        const auto& routes = perPanel[(size_t) p];
+        const auto area = panelBounds ((Panel) p);
+        const int room = std::max ((area.getWidth() - 12) / 84, 1);
+        for (int i = 0; i < (int) routes.size() && i < room; ++i)
+        {
+            const auto& route = routes[(size_t) i];
+            const auto percent = juce::roundToInt (route.amount * 100.0f);
+            const bool last = i == room - 1 && (int) routes.size() > room;
+            const auto text = last ? "+" + juce::String ((int) routes.size() - i) + " MORE"
+                                   : (shortSourceName (route.sourceName) + (percent >= 0 ? "+" : "") + juce::String (percent)).toUpperCase();
+            result.push_back ({ { area.getRight() - 6 - 78 - 84 * i, area.getY() + 34, 78, 18 }, text });
+        }
     }
     return result;
 }

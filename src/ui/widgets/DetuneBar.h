@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/widgets/CardFaces.h"
+#include "ui/widgets/PanelEnableButton.h"
 #include "widgets/Widgets.h"
 
 #include <juce_audio_processors/juce_audio_processors.h>
@@ -37,6 +39,15 @@ namespace widgets
         ostrel::widgets::SegmentField& getDetuneUnitField() noexcept { return detuneUnitField; }
         ostrel::widgets::FieldBox& getPhaseField() noexcept { return phaseField; }
 
+        // The second face: the reese pair and the mono low end.
+        FaceToggle faceToggle;
+        ostrel::widgets::Knob beatKnob { ostrel::widgets::KnobSize::Mini }, spreadKnob { ostrel::widgets::KnobSize::Mini },
+            monoFreqKnob { ostrel::widgets::KnobSize::Mini };
+        PanelEnableButton lockButton, monoButton;
+        ostrel::widgets::FieldBox lockField { "REESE LOCK" }, monoField { "MONO LOW" };
+        void showFace (bool second);
+        void updateMonoDimming();
+
     private:
         // Listeners may run on any thread; the posted update allocates nothing.
         void parameterChanged (const juce::String& parameterId, float) override;
@@ -52,7 +63,7 @@ namespace widgets
         ostrel::widgets::ChoiceDropdown phaseChoice;
         ostrel::widgets::FieldBox phaseField { "PHASE" };
         std::unique_ptr<juce::AudioProcessorValueTreeState::SliderAttachment> detuneAttachment, phaseAttachment,
-            driftAttachment, stereoAttachment;
+            driftAttachment, stereoAttachment, beatAttachment, spreadAttachment, monoFreqAttachment;
         juce::String boundDetuneId;
 
         JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (DetuneBar)

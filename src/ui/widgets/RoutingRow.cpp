@@ -198,8 +198,10 @@ void RoutingRow::resized()
         band.removeFromRight (juce::jmin (8, band.getWidth()));
     }
     const int b = juce::jmax (band.getWidth(), 0);
-    amountBar.setValueTextVisible (b >= 148);
-    amountBar.setBarWidth (b >= 148 ? b - 52 : juce::jmax (b, 96));
+    // The signed percentage is what a row is read by, so it keeps its 52 at any width and the bar
+    // takes the rest, down to a stub.
+    amountBar.setValueTextVisible (true);
+    amountBar.setBarWidth (juce::jmax (b - 52, juce::jmin (b, 24)));
     amountBar.setBounds (band.withWidth (b));
 }
 }

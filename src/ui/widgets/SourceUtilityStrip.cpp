@@ -99,7 +99,11 @@ private:
     ostrel::widgets::SegmentedControl control;
 };
 
-SourceUtilityStrip::SourceUtilityStrip (MorvaneAudioProcessor& processor) : state (processor.getParameterTree())
+SourceUtilityStrip::SourceUtilityStrip (MorvaneAudioProcessor& processor)
+    : state (processor.getParameterTree()),
+      subOctaveChoice (state, "subOctave", "Sub octave"),
+      subSemitoneChip (state, "subSemitone", "SEMI"),
+      subFineChip (state, "subFine", "FINE")
 {
     setName ("SourceUtilityStrip");
     addAndMakeVisible (subFrame);
@@ -107,8 +111,9 @@ SourceUtilityStrip::SourceUtilityStrip (MorvaneAudioProcessor& processor) : stat
     addAndMakeVisible (subTitle);
     addAndMakeVisible (noiseTitle);
 
-    static const char* const waveNames[] = { "SINE", "SAW", "SQR", "PLS", "SPLS", "HALF", "RSAW", "RTRI", "RTRP", "PWM" };
-    for (int i = 0; i < 10; ++i)
+    // Every wave of the list has an item, the resonant pulse last.
+    static const char* const waveNames[] = { "SINE", "SAW", "SQR", "PLS", "SPLS", "HALF", "RSAW", "RTRI", "RTRP", "PWM", "RPLS" };
+    for (int i = 0; i < 11; ++i)
         waveChoice.addItem (waveNames[i], i + 1);
     waveChoice.setJustification (33);
     waveChoice.setCompact (true);
@@ -150,20 +155,34 @@ SourceUtilityStrip::SourceUtilityStrip (MorvaneAudioProcessor& processor) : stat
         { subLevelKnob, subLevelField, "subLevel", "Sub oscillator level into the bass path.", [] (double v) { return levelText (v, -120.0); } },
         { dirtKnob, dirtField, "subDriveSend", "Sub amount sent into drive; the remainder stays clean.", [] (double v) { return formatPercent (v, true); } },
         { noiseLevelKnob, noiseLevelField, "noiseLevel", "Noise source level into the filter and amp envelope.", [] (double v) { return levelText (v, -90.0); } },
+        { subDcwKnob, subDcwField, "subDcwDepth", "Phase distortion of the sub in its PD mode.", [] (double v) { return formatPercent (v, true); } },
     };
     for (const auto& k : knobs)
     {
         k.knob.setLabel (k.field.getLabel());
         k.knob.setValueFormatter (k.text);
         k.knob.setTooltip (k.tip);
-        k.knob.setValueVisible (false);
         k.knob.attachToParameter (state, k.id);
-        k.field.setContent (&k.knob);
     }
 
-    for (auto* field : { &waveField, static_cast<ostrel::widgets::FieldBox*> (&subRouteField), &subLevelField, &dirtField,
-                         static_cast<ostrel::widgets::FieldBox*> (&colourField), static_cast<ostrel::widgets::FieldBox*> (&noiseRouteField),
-                         &noiseLevelField })
+    subOctaveChoice.setJustification (33);
+    subOctaveChoice.setCompact (true);
+    subOctaveField.setCompact (true);
+    subOctaveField.setContent (&subOctaveChoice);
+    subSemitoneChip.setArrowsVisible (false);
+    subSemitoneChip.setValueFormatter ([] (double v) { return formatSignedInt (juce::roundToInt (v), true, false) + " st"; });
+    subSemitoneChip.setTooltip ("Sub coarse pitch in semitones, on top of its octave.");
+    subFineChip.setArrowsVisible (false);
+    subFineChip.setValueFormatter ([] (double v) { return formatSigned (v, 1, false, true, false) + " c"; });
+    subFineChip.setTooltip ("Sub fine pitch in cents.");
+    for (auto* c : std::initializer_list<juce::Component*> { &subOctaveField, &subSemitoneChip, &subFineChip, &subDcwField })
+        addChildComponent (c);
+    subFace.onFlip = [this] (bool second) { showSubFace (second); };
+    subFace.setTooltip ("Show the sub's tuning and DCW, or go back to its wave, route and levels.");
+    addAndMakeVisible (subFace);
+
+    for (auto* field : std::initializer_list<ostrel::widgets::FieldBox*> { &waveField, &subRouteField, &subLevelField, &dirtField,
+                                                                          &colourField, &noiseRouteField, &noiseLevelField })
     {
         field->setCompact (true);
         addAndMakeVisible (*field);
@@ -241,7 +260,8 @@ void SourceUtilityStrip::updateSubMuting()
     if (muted == subMuted && mutingKnown)
         return;
     subMuted = muted;
-    for (auto* c : std::initializer_list<juce::Component*> { &subFrame, &subTitle, &waveField, &subRouteField, &subLevelField, &dirtField })
+    for (auto* c : std::initializer_list<juce::Component*> { &subFrame, &subTitle, &waveField, &subRouteField, &subLevelField, &dirtField,
+                                                             &subOctaveField, &subSemitoneChip, &subFineChip, &subDcwField, &subFace })
         c->setAlpha (muted ? 0.42f : 1.0f);
 }
 
@@ -254,6 +274,14 @@ void SourceUtilityStrip::updateNoiseMuting()
     noiseMuted = muted;
     for (auto* c : std::initializer_list<juce::Component*> { &noiseFrame, &noiseTitle, &colourField, &noiseRouteField, &noiseLevelField })
         c->setAlpha (muted ? 0.42f : 1.0f);
+}
+
+void SourceUtilityStrip::showSubFace (bool second)
+{
+    for (auto* c : std::initializer_list<juce::Component*> { &waveField, &subRouteField, &subLevelField, &dirtField })
+        c->setVisible (! second);
+    for (auto* c : std::initializer_list<juce::Component*> { &subOctaveField, &subSemitoneChip, &subFineChip, &subDcwField })
+        c->setVisible (second);
 }
 
 void SourceUtilityStrip::resized()
@@ -278,6 +306,8 @@ void SourceUtilityStrip::resized()
         }
     };
     column (subFrame.getX(), { &waveField, &subRouteField, &subLevelField, &dirtField });
+    column (subFrame.getX(), { &subOctaveField, &subSemitoneChip, &subFineChip, &subDcwField });
+    subFace.setBounds (subFrame.getX() + 8, y + 282, 80, 22);
     column (noiseFrame.getX(), { &colourField, &noiseRouteField, &noiseLevelField });
 }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/widgets/CardFaces.h"
 #include "widgets/Widgets.h"
 
 #include <juce_audio_processors/juce_audio_processors.h>
@@ -44,9 +45,17 @@ public:
     ostrel::widgets::SegmentField colourField { "COLOUR", nullptr };
     std::unique_ptr<FloatEndpointSegmentedControl> noiseRouteControl;
     ostrel::widgets::SegmentField noiseRouteField { "ROUTE", nullptr };
-    ostrel::widgets::FieldBox subLevelField { "LEVEL" }, dirtField { "DIRT" }, noiseLevelField { "LEVEL" };
     ostrel::widgets::Knob subLevelKnob { ostrel::widgets::KnobSize::Mini }, dirtKnob { ostrel::widgets::KnobSize::Mini },
-        noiseLevelKnob { ostrel::widgets::KnobSize::Mini };
+        noiseLevelKnob { ostrel::widgets::KnobSize::Mini }, subDcwKnob { ostrel::widgets::KnobSize::Mini };
+    KnobValueField subLevelField { "LEVEL", subLevelKnob }, dirtField { "DIRT", dirtKnob }, noiseLevelField { "LEVEL", noiseLevelKnob },
+        subDcwField { "DCW", subDcwKnob };
+
+    // The sub's second face: its tuning and its DCW, set once per sound.
+    FaceToggle subFace { "TUNE" };
+    ostrel::widgets::ChoiceDropdown subOctaveChoice;
+    ostrel::widgets::FieldBox subOctaveField { "OCTAVE" };
+    ostrel::widgets::ValueChip subSemitoneChip, subFineChip;
+    void showSubFace (bool second);
 
 private:
     void parameterChanged (const juce::String& parameterId, float) override;

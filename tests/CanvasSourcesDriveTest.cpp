@@ -406,6 +406,30 @@ TEST (CanvasPanels, EachControlReachesItsEndsAndNothingElseMoves)
     }
 }
 
+// A control whose parameter does nothing in the present state is dimmed, and lights when it matters.
+TEST (CanvasPanels, ControlsThatDoNothingNowAreDimmed)
+{
+    Panels f;
+    OscCard osc (f.p, 1);
+    DetuneBar link (f.state);
+    struct Row { const char* id; float idle, heard; juce::Component& control; };
+    const Row rows[] = {
+        { "osc1Wave", 0.0f, 8.0f, osc.getPulseWidthKnob() },
+        { "subMode", 0.0f, 1.0f, f.strip.subDcwField },
+        { "feedbackAmount", 0.0f, 0.3f, f.drive.toneKnob },
+        { "feedbackAmount", 0.0f, 0.3f, f.drive.feedbackPositionField },
+        { "monoLowEnabled", 0.0f, 1.0f, link.monoFreqKnob },
+    };
+    for (const auto& row : rows)
+        for (const bool heard : { false, true })
+        {
+            test::setParameter (f.p, row.id, heard ? row.heard : row.idle);
+            settle();
+            osc.updateDimming();
+            EXPECT_FLOAT_EQ (row.control.getAlpha(), heard ? 1.0f : 0.4f) << row.id << " " << heard;
+        }
+}
+
 // Hosts may automate from the audio thread: the panels' listeners only post, without allocating.
 TEST (CanvasPanels, ParameterChangesFromAnotherThreadAllocateNothing)
 {

@@ -311,7 +311,8 @@ void AdsrEnvelopeEditor::resized()
     if (extraKnob != nullptr)
     {
         const int kh = std::min (area.getHeight(), 96);
-        extraKnob->setBounds (area.getX(), area.getCentreY() - kh / 2, std::min (extraWidth, area.getWidth()), kh);
+        // At the top of the knobs' band, as the row's knobs stand, so that the circles line up.
+        extraKnob->setBounds (area.getX(), area.getY(), std::min (extraWidth, area.getWidth()), kh);
         area.removeFromLeft (std::min (extraWidth + gap, area.getWidth()));
     }
     knobsRow.setBounds (area);

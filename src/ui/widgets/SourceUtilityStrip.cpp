@@ -250,7 +250,15 @@ void SourceUtilityStrip::syncWave()
 {
     const juce::ScopedValueSetter<bool> guard (syncingWave, true);
     waveChoice.setSelectedId (waveIdFromParameters(), juce::dontSendNotification);
+    updateSubDcwDimming();
     repaint();
+}
+
+void SourceUtilityStrip::updateSubDcwDimming()
+{
+    // The sine sub has no phase distortion to set.
+    const bool heard = indexOf (state.getParameter ("subMode")) == 1;
+    subDcwField.setAlpha ((subMuted ? 0.42f : 1.0f) * (heard ? 1.0f : 0.4f));
 }
 
 void SourceUtilityStrip::updateSubMuting()
@@ -261,8 +269,9 @@ void SourceUtilityStrip::updateSubMuting()
         return;
     subMuted = muted;
     for (auto* c : std::initializer_list<juce::Component*> { &subFrame, &subTitle, &waveField, &subRouteField, &subLevelField, &dirtField,
-                                                             &subOctaveField, &subSemitoneChip, &subFineChip, &subDcwField, &subFace })
+                                                             &subOctaveField, &subSemitoneChip, &subFineChip, &subFace })
         c->setAlpha (muted ? 0.42f : 1.0f);
+    updateSubDcwDimming();
 }
 
 void SourceUtilityStrip::updateNoiseMuting()

@@ -64,6 +64,7 @@ private:
     void syncWave();
     void updateSubMuting();
     void updateNoiseMuting();
+    void updateSubDcwDimming();
 
     bool syncingWave = false;
     bool subMuted = false, noiseMuted = false;

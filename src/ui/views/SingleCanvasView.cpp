@@ -82,8 +82,10 @@ void SingleCanvasView::setModulationBadges (bool on)
 std::vector<SingleCanvasView::Badge> SingleCanvasView::badges() const
 {
     // The oscillator cards name their own modulation, so they take none from here. The others get
-    // a row above their pictures, badges running leftwards from the right edge: a badge never
-    // covers a visualiser, and what no longer fits is counted on the row's last badge.
+    // a row of their own, badges running leftwards from the right edge: above the pictures, and
+    // between the fields and the knobs on the oscillator link. The sources have no free row in the
+    // part that the matrix leaves in view, so theirs, one, lies over the noise's first caption. A
+    // badge never covers a visualiser, and what no longer fits is counted on the row's last badge.
     std::array<std::vector<widgets::Route>, panelCount> perPanel;
     for (const auto& route : widgets::activeRoutes (processor.getParameterTree()))
     {
@@ -96,7 +98,8 @@ std::vector<SingleCanvasView::Badge> SingleCanvasView::badges() const
     {
         const auto& routes = perPanel[(size_t) p];
         const auto area = panelBounds ((Panel) p);
-        const int room = std::max ((area.getWidth() - 12) / 84, 1);
+        const int top = p == detune ? 86 : 34;
+        const int room = p == sources ? 1 : std::max ((area.getWidth() - 12) / 84, 1);
         for (int i = 0; i < (int) routes.size() && i < room; ++i)
         {
             const auto& route = routes[(size_t) i];
@@ -104,7 +107,7 @@ std::vector<SingleCanvasView::Badge> SingleCanvasView::badges() const
             const bool last = i == room - 1 && (int) routes.size() > room;
             const auto text = last ? "+" + juce::String ((int) routes.size() - i) + " MORE"
                                    : (shortSourceName (route.sourceName) + (percent >= 0 ? "+" : "") + juce::String (percent)).toUpperCase();
-            result.push_back ({ { area.getRight() - 6 - 78 - 84 * i, area.getY() + 34, 78, 18 }, text });
+            result.push_back ({ { area.getRight() - 6 - 78 - 84 * i, area.getY() + top, 78, 18 }, text });
         }
     }
     return result;

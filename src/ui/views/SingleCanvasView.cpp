@@ -29,7 +29,7 @@ std::unique_ptr<juce::Component> SingleCanvasView::makePanel (Panel panel)
     switch (panel)
     {
         case osc1: return std::make_unique<widgets::OscCard> (processor, 1);
-        case detune: return std::make_unique<widgets::DetuneBar> (processor.getParameterTree());
+        case detune: return std::make_unique<widgets::DetuneBar> (processor.getParameterTree(), &processor);
         case osc2: return std::make_unique<widgets::OscCard> (processor, 2);
         case sources: return std::make_unique<widgets::SourceUtilityStrip> (processor);
         case filter: return std::make_unique<widgets::VoiceFilterPanel> (processor.getParameterTree(), processor);

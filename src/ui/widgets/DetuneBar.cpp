@@ -1,5 +1,6 @@
 #include "ui/widgets/DetuneBar.h"
 
+#include "ui/matrix/MatrixWiring.h"
 #include "ui/widgets/ValueFormat.h"
 
 #include <cmath>
@@ -46,7 +47,7 @@ namespace widgets
         }
     }
 
-    DetuneBar::DetuneBar (juce::AudioProcessorValueTreeState& s)
+    DetuneBar::DetuneBar (juce::AudioProcessorValueTreeState& s, MorvaneAudioProcessor* processor)
         : state (s),
           detuneUnit (makeUnitControl (s)),
           detuneUnitField ("DETUNE", detuneUnit.get()),
@@ -107,6 +108,11 @@ namespace widgets
         beatAttachment = attach (beatKnob, "reeseBeat");
         spreadAttachment = attach (spreadKnob, "reeseSpread");
         monoFreqAttachment = attach (monoFreqKnob, "monoLowFreq");
+        if (processor != nullptr)
+        {
+            matrix::wireKnob (beatKnob, *processor, "reeseBeat", 24);
+            matrix::wireKnob (spreadKnob, *processor, "reeseSpread", 25);
+        }
         for (auto [field, button] : { std::pair { &lockField, &lockButton }, { &monoField, &monoButton } })
         {
             field->setCompact (true);

@@ -6,6 +6,11 @@
 
 #include <juce_audio_processors/juce_audio_processors.h>
 
+namespace morvane
+{
+class MorvaneAudioProcessor;
+}
+
 namespace morvane::ui
 {
 namespace hidden
@@ -23,7 +28,8 @@ namespace widgets
                       private juce::AsyncUpdater
     {
     public:
-        explicit DetuneBar (juce::AudioProcessorValueTreeState& state);
+        // With the processor, the reese knobs of the second face become modulation destinations.
+        explicit DetuneBar (juce::AudioProcessorValueTreeState& state, MorvaneAudioProcessor* processor = nullptr);
         ~DetuneBar() override;
 
         void resized() override;

@@ -1,6 +1,7 @@
 #include "ui/widgets/SourceUtilityStrip.h"
 
 #include "audio/PluginProcessor.h"
+#include "ui/matrix/MatrixWiring.h"
 #include "ui/widgets/ValueFormat.h"
 
 namespace morvane::ui::widgets
@@ -164,6 +165,8 @@ SourceUtilityStrip::SourceUtilityStrip (MorvaneAudioProcessor& processor)
         k.knob.setTooltip (k.tip);
         k.knob.attachToParameter (state, k.id);
     }
+    // The DCW came with the second face, as a destination of the matrix like the oscillators' DCW.
+    matrix::wireKnob (subDcwKnob, processor, "subDcwDepth", 13);
 
     subOctaveChoice.setJustification (33);
     subOctaveChoice.setCompact (true);

@@ -272,14 +272,21 @@ TEST (Editor, WorkflowMenuAndPatchTools)
 
     auto& tree = p.getParameterTree();
     auto cutoff = [&] { return tree.getRawParameterValue ("filterCutoff")->load(); };
+    auto driveOn = [&] { return tree.getRawParameterValue ("driveOn")->load(); };
     test::setParameter (p, "filterCutoff", 200.0f);
+    test::setParameter (p, "driveOn", 0.0f);
     editor.captureSlot (0);
     test::setParameter (p, "filterCutoff", 2000.0f);
+    test::setParameter (p, "driveOn", 1.0f);
     editor.captureSlot (1);
+    editor.morphSlots (0.25f);
+    EXPECT_EQ (driveOn(), 0.0f) << "a switch is blended as a number and snaps, as the others do";
     editor.morphSlots (0.5f);
     EXPECT_NEAR (cutoff(), 1100.0f, 0.5f) << "linear in the parameter's own units";
     editor.recallSlot (0);
     EXPECT_NEAR (cutoff(), 200.0f, 0.05f);
+    editor.randomisePatch ("drive");
+    EXPECT_EQ (driveOn(), 0.0f) << "randomise leaves the switches";
     EXPECT_TRUE (p.isPresetDirty());
     EXPECT_FALSE (menuEntryEnabled (editor.buildWorkflowMenu(), "Undo")) << "a recall clears the history";
 

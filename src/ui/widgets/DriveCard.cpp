@@ -91,14 +91,18 @@ DriveCard::DriveCard (juce::AudioProcessorValueTreeState& s, MorvaneAudioProcess
     faceToggle.onFlip = [this] (bool second) { showFace (second); };
     addAndMakeVisible (faceToggle);
 
+    // The narrow header holds MORE and the switch: the switch's own OFF says what "BYPASSED" would,
+    // and the title keeps its room.
     enableButton.onToggled = [this] (bool on)
     {
         setActive (on);
+        getTitle().setStatusText ({});
         updateFeedbackDimming();
     };
     setHeaderControl (&enableButton, 36);
     const auto* enabled = state.getRawParameterValue ("driveOn");
     setActive (enabled == nullptr || enabled->load() > 0.5f);
+    getTitle().setStatusText ({});
     state.addParameterListener ("feedbackAmount", &feedbackListener);
     updateFeedbackDimming();
 }

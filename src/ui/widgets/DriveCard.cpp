@@ -151,7 +151,7 @@ void DriveCard::resized()
     makeupKnob.setBounds (80, 112, 44, 96);
     velocityKnob.setBounds (144, 112, 44, 96);
     feedbackKnob.setBounds (16, 214, 44, 96);
-    toneKnob.setBounds (68, 214, 44, 96);
-    feedbackPositionField.setBounds (120, 230, 68, 44);
+    toneKnob.setBounds (62, 214, 44, 96);
+    feedbackPositionField.setBounds (110, 230, 78, 44);
 }
 }

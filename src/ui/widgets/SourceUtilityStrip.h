@@ -27,7 +27,7 @@ public:
 
     void resized() override;
 
-    // The combo box id that stands for the present sub mode and wave; 11 (no item) for respulse.
+    // The combo box id that stands for the present sub mode and wave: 1 for the sine, else the wave + 2.
     int waveIdFromParameters() const;
     // The segmented control that shows the noise route, a float, as two cells.
     ostrel::widgets::SegmentedControl* noiseRouteSegments() const;

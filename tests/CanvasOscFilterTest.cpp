@@ -260,15 +260,18 @@ TEST (CanvasOscFilter, FilterPanelSwitchModelKnobsAndTexts)
     EXPECT_TRUE (panel.getEnableButton().getToggleState());
     EXPECT_TRUE (panel.isActive());
 
-    EXPECT_FALSE (panel.getPhaseKnob().isVisible());
-    setReal (s, "filterModel", 3.0f);
-    panel.updatePhaserControls();
-    EXPECT_TRUE (panel.getPhaseKnob().isVisible());
-    EXPECT_TRUE (panel.getNotchKnob().isVisible());
-    // The knob group stays clear of the envelope and its extra knob.
-    EXPECT_LE (panel.getNotchKnob().getRight(), panel.getEnvelope().getX());
-    setReal (s, "filterModel", 2.0f);
-    panel.updatePhaserControls();
-    EXPECT_FALSE (panel.getPhaseKnob().isVisible());
-    EXPECT_EQ (panel.getCutoffKnob().getBounds(), juce::Rectangle<int> (56, 216, 44, 96));
+    // The phase model's knobs stay in place and are dimmed on the other models.
+    for (const auto& [model, alpha] : { std::pair { 3.0f, 1.0f }, { 2.0f, 0.4f } })
+    {
+        setReal (s, "filterModel", model);
+        panel.updatePhaserControls();
+        for (auto* knob : { &panel.getPhaseKnob(), &panel.getNotchKnob(), &panel.getStereoKnob() })
+        {
+            EXPECT_TRUE (knob->isVisible());
+            EXPECT_FLOAT_EQ (knob->getAlpha(), alpha) << model;
+        }
+    }
+    // The five knobs stay clear of the envelope and its ENV and VEL knobs.
+    EXPECT_LE (panel.getStereoKnob().getRight(), panel.getEnvelope().getX());
+    EXPECT_EQ (panel.getCutoffKnob().getBounds(), juce::Rectangle<int> (14, 216, 44, 96));
 }

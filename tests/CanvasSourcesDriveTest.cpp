@@ -80,7 +80,7 @@ TEST (LfoCard, PreviewDragMovesRateAcrossAndDepthUp)
     MorvaneAudioProcessor p;
     LfoCard card (p.getParameterTree(), p);
     card.setBounds (0, 0, 204, 312);
-    EXPECT_EQ (card.preview.getBounds(), juce::Rectangle<int> (16, 62, 172, 126));
+    EXPECT_EQ (card.preview.getBounds(), juce::Rectangle<int> (16, 62, 172, 96));
     auto* rate = param (p, "lfo1Rate");
     auto* depth = param (p, "lfo1Depth");
     const float rate0 = rate->getValue(), depth0 = depth->getValue();
@@ -136,9 +136,9 @@ TEST (SourceUtilityStrip, FoldedWaveChoiceWritesBothParameters)
     EXPECT_EQ (m.begins, 1) << "the mode was already right";
 
     // From a preset or the host: the drop-down follows without writing back.
-    test::setParameter (p, "subWave", 9.0f); // respulse has no item
+    test::setParameter (p, "subWave", 9.0f); // respulse, the last item
     settle();
-    EXPECT_EQ (strip.waveChoice.getComboBox().getText(), "");
+    EXPECT_EQ (strip.waveChoice.getComboBox().getText(), "RPLS");
     test::setParameter (p, "subWave", 1.0f);
     settle();
     EXPECT_EQ (strip.waveChoice.getSelectedId(), 3);
@@ -357,14 +357,13 @@ TEST (DriveCard, SwitchDimsTheCardAndKnobsFollowTheHost)
     EXPECT_EQ (card.feedbackKnob.formattedValue(), "25 %");
 }
 
-// Every dragged control of these panels: a long drag each way reaches its parameter's ends in one
-// gesture, and no other parameter moves.
+// The pictures that are also controls: a long drag each way reaches their parameters' ends in one
+// gesture, and no other parameter moves. The knobs, switches and lists of every view are walked by
+// Editor.EveryParameterHasAVisibleControlThatReachesBothEndsAlone.
 TEST (CanvasPanels, EachControlReachesItsEndsAndNothingElseMoves)
 {
     Panels f;
     auto& [p, state, lfo, strip, drive, amp] = f;
-    OscCard osc (p, 1);
-    osc.setBounds (0, 0, 420, 312);
 
     struct Control
     {
@@ -372,22 +371,9 @@ TEST (CanvasPanels, EachControlReachesItsEndsAndNothingElseMoves)
         std::vector<const char*> ids;
         juce::Point<int> up, down; // drag offsets that raise and lower
     };
-    auto& ampKnobs = amp.editor.getKnobsRow();
     const Control controls[] = {
-        { lfo.rateKnob, { "lfo1Rate" }, { 0, -2000 }, { 0, 2000 } },
-        { lfo.depthKnob, { "lfo1Depth" }, { 0, -2000 }, { 0, 2000 } },
         { lfo.preview, { "lfo1Rate", "lfo1Depth" }, { 2000, -2000 }, { -2000, 2000 } },
-        { strip.subLevelKnob, { "subLevel" }, { 0, -2000 }, { 0, 2000 } },
-        { strip.dirtKnob, { "subDriveSend" }, { 0, -2000 }, { 0, 2000 } },
-        { strip.noiseLevelKnob, { "noiseLevel" }, { 0, -2000 }, { 0, 2000 } },
-        { drive.amountKnob, { "drive" }, { 0, -2000 }, { 0, 2000 } },
         { drive.thumbnail, { "drive" }, { 0, -2000 }, { 0, 2000 } },
-        { ampKnobs.getKnob (0), { "ampAttack" }, { 0, -2000 }, { 0, 2000 } },
-        { ampKnobs.getKnob (1), { "ampDecay" }, { 0, -2000 }, { 0, 2000 } },
-        { ampKnobs.getKnob (2), { "ampSustain" }, { 0, -2000 }, { 0, 2000 } },
-        { ampKnobs.getKnob (3), { "ampRelease" }, { 0, -2000 }, { 0, 2000 } },
-        { osc.getDcwKnob(), { "osc1DcwDepth" }, { 0, -2000 }, { 0, 2000 } },
-        { osc.getMorphKnob(), { "pdMorphAmount" }, { 0, -2000 }, { 0, 2000 } },
     };
     for (const auto& c : controls)
     {
@@ -418,6 +404,30 @@ TEST (CanvasPanels, EachControlReachesItsEndsAndNothingElseMoves)
                 }
         }
     }
+}
+
+// A control whose parameter does nothing in the present state is dimmed, and lights when it matters.
+TEST (CanvasPanels, ControlsThatDoNothingNowAreDimmed)
+{
+    Panels f;
+    OscCard osc (f.p, 1);
+    DetuneBar link (f.state);
+    struct Row { const char* id; float idle, heard; juce::Component& control; };
+    const Row rows[] = {
+        { "osc1Wave", 0.0f, 8.0f, osc.getPulseWidthKnob() },
+        { "subMode", 0.0f, 1.0f, f.strip.subDcwField },
+        { "feedbackAmount", 0.0f, 0.3f, f.drive.toneKnob },
+        { "feedbackAmount", 0.0f, 0.3f, f.drive.feedbackPositionField },
+        { "monoLowEnabled", 0.0f, 1.0f, link.monoFreqKnob },
+    };
+    for (const auto& row : rows)
+        for (const bool heard : { false, true })
+        {
+            test::setParameter (f.p, row.id, heard ? row.heard : row.idle);
+            settle();
+            osc.updateDimming();
+            EXPECT_FLOAT_EQ (row.control.getAlpha(), heard ? 1.0f : 0.4f) << row.id << " " << heard;
+        }
 }
 
 // Hosts may automate from the audio thread: the panels' listeners only post, without allocating.

@@ -214,12 +214,16 @@ TEST (EffectCards, LayoutStandsFieldsOverTheirBandsAndShrinksNarrowStrips)
     const std::pair<juce::Component*, juce::Component*> pairs[] = { { &mbd.lowModeField, &mbd.lowKnob },
                                                                    { &mbd.midModeField, &mbd.midKnob },
                                                                    { &mbd.highModeField, &mbd.highKnob } };
+    // Each mode box is a third of the knob strip, wide enough for "FOLLOW", and the three in a row.
+    int x = mbd.lowKnob.getX();
     for (auto [field, knob] : pairs)
     {
-        EXPECT_EQ (field->getX(), knob->getX());
-        EXPECT_EQ (field->getWidth(), 44);
+        EXPECT_EQ (field->getX(), x);
+        EXPECT_EQ (field->getWidth(), 96);
         EXPECT_EQ (field->getBottom() + 16, knob->getY());
+        x += 96 + 8;
     }
+    EXPECT_EQ (mbd.highModeField.getRight(), mbd.mixKnob.getRight());
     EXPECT_EQ (mbd.lowKnob.getX(), (412 - 304) / 2);
     EXPECT_EQ (mbd.mixKnob.getBottom(), 248 - 16);
 

@@ -35,6 +35,14 @@ TEST (RoutingRow, FollowsItsSlotAndWritesOnlyIt)
     test::setParameter (p, "mod3Amount", -0.4f);
     settle (30);
     EXPECT_NEAR (row.getAmountBar().getValue(), -0.4f, 1e-4f) << "the bar follows the parameter";
+    // The signed percentage stays at every width, with its room beside the bar.
+    for (int width : { 620, 560, 520 })
+    {
+        row.setBounds (0, 0, width, 88);
+        const auto& bar = row.getAmountBar();
+        EXPECT_TRUE (bar.isValueTextVisible()) << width;
+        EXPECT_GE (bar.getWidth() - bar.getBarWidth(), 52) << width;
+    }
 
     row.clear();
     settle (30);

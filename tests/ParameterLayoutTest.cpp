@@ -282,6 +282,13 @@ TEST_F (ParameterLayoutTest, ModulationSlotsFollowTheTable)
         EXPECT_FLOAT_EQ (amt->get(), slot == 1 ? 0.4f : 0.0f);
         EXPECT_EQ (curve->getIndex(), 0);
     }
+
+    // The drive switch came after the slots and stands behind them, so that older indices hold.
+    auto* driveOn = dynamic_cast<juce::AudioParameterBool*> (params[157]);
+    ASSERT_NE (driveOn, nullptr);
+    EXPECT_EQ (driveOn->getParameterID(), "driveOn");
+    EXPECT_EQ (driveOn->getName (100), "drive on");
+    EXPECT_TRUE (driveOn->get());
 }
 
 TEST_F (ParameterLayoutTest, ChoiceListsAreTheSharedLists)

@@ -362,7 +362,7 @@ TEST (RenderFactory, ListsTheParametersInHostOrder)
     MorvaneAudioProcessor processor;
     const auto& parameters = processor.getParameters();
     ASSERT_EQ (lines.size(), parameters.size());
-    EXPECT_EQ (lines.size(), 157);
+    EXPECT_EQ (lines.size(), 158);
     for (int i = 0; i < parameters.size(); ++i)
     {
         const auto* ranged = dynamic_cast<const juce::RangedAudioParameter*> (parameters[i]);

@@ -109,6 +109,7 @@ TEST (State, BadBlobsChangeNothingAndBadMappingsAreDropped)
 {
     MorvaneAudioProcessor p;
     setParameter (p, "drive", 7.0f);
+    setParameter (p, "driveOn", 0.0f); // the old blob below, made before the switch, brings it back on
     const char junk[] = "not a state at all";
     p.setStateInformation (junk, (int) sizeof (junk));
     p.setStateInformation (nullptr, 0);
@@ -126,6 +127,7 @@ TEST (State, BadBlobsChangeNothingAndBadMappingsAreDropped)
     juce::AudioProcessor::copyXmlToBinary (*xml, blob);
     p.setStateInformation (blob.getData(), (int) blob.getSize());
     EXPECT_FLOAT_EQ (value (p, "drive"), 3.0f);
+    EXPECT_FLOAT_EQ (value (p, "driveOn"), 1.0f);
     EXPECT_EQ (p.getControllerBinding (20), -1);
     EXPECT_EQ (p.getControllerBinding (21), p.findParameterIndex ("filterReso"));
     // An old blob without UISTATE clears the identity.
@@ -148,6 +150,11 @@ TEST (State, MigrationOfOldIdsAndUnreadableValues)
     EXPECT_FLOAT_EQ (value (p, "driveMix"), 0.0f);
     p.applyPresetXml (*document ({ { "driveEnabled", "1" } }));
     EXPECT_FLOAT_EQ (value (p, "driveMix"), 1.0f);
+    // The drive switch: a document that names it is obeyed, and one without it turns the drive on.
+    p.applyPresetXml (*document ({ { "driveOn", "0" } }));
+    EXPECT_FLOAT_EQ (value (p, "driveOn"), 0.0f);
+    p.applyPresetXml (*document ({ { "drive", "6" } }));
+    EXPECT_FLOAT_EQ (value (p, "driveOn"), 1.0f);
 
     // Unreadable numbers take the default, not the range's end; out-of-range ones are held.
     p.applyPresetXml (*document ({ { "filterCutoff", "inf" }, { "drive", "nan" }, { "outputGain", "-inf" },

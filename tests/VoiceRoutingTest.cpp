@@ -71,6 +71,7 @@ TEST (VoiceStages, OffAtMixZeroOrAtTheFloorTheyRenderAsWithout)
     struct Row { const char* what; Settings with, without; };
     const Row rows[] = {
         { "drive at mix 0", { { "driveGain", 12.0f }, { "drive", 18.0f }, { "driveMix", 0.0f } }, {} },
+        { "drive switched off", { { "driveGain", 12.0f }, { "drive", 18.0f }, { "driveOn", 0.0f } }, {} },
         // At -90 dB nothing of the noise reaches the output, whatever its colour and routing.
         { "noise at the floor", { { "noiseLevel", -90.0f }, { "noiseColour", 2.0f }, { "noiseRouting", 0.5f } }, {} },
         { "multiband at mix 0", { { "mbdLowAmount", 12.0f }, { "mbdEnable", 1.0f }, { "mbdMix", 0.0f } }, { { "mbdLowAmount", 12.0f } } },
@@ -82,6 +83,7 @@ TEST (VoiceStages, OffAtMixZeroOrAtTheFloorTheyRenderAsWithout)
 TEST (VoiceStages, GainsAndCutsAgainstTheSameVoiceWithout)
 {
     EXPECT_NEAR (level ({ { "driveGain", 6.0206f } }) / level ({}), 2.0, 1.0e-3); // makeup is a plain gain at drive 0
+    EXPECT_NEAR (level ({ { "driveGain", 6.0206f }, { "driveOn", 0.0f } }) / level ({}), 1.0, 1.0e-6); // and goes with the switch
     EXPECT_NEAR (decibels (level ({ { "drive", 24.0f }, { "driveMode", 2.0f }, { "driveAutoMakeup", 1.0f } })
                            / level ({ { "drive", 24.0f }, { "driveMode", 2.0f } })),
                  9.6, 0.01); // fold's auto makeup at full drive
@@ -197,11 +199,12 @@ TEST (VoiceFeedback, StaysBoundedAndSurvivesANewNote)
                1.0e-3);
 }
 
-TEST (VoiceFades, DrivePositionAndSubRoutingChangeWithoutAStep)
+TEST (VoiceFades, DrivePositionSwitchAndSubRoutingChangeWithoutAStep)
 {
     // Compared with the larger of the steady states either side: a step would stand out above both.
     struct Case { const char* id; float from, to; };
-    for (auto c : { Case { "drivePosition", 0.0f, 1.0f }, Case { "drivePosition", 1.0f, 0.0f }, Case { "subRouting", 1.0f, 0.0f } })
+    for (auto c : { Case { "drivePosition", 0.0f, 1.0f }, Case { "drivePosition", 1.0f, 0.0f }, Case { "subRouting", 1.0f, 0.0f },
+                    Case { "driveOn", 1.0f, 0.0f }, Case { "driveOn", 0.0f, 1.0f } })
     {
         auto p = sineVoice ({ { "drive", 18.0f }, { "filterCutoff", 300.0f }, { "filterReso", 0.6f }, { "subLevel", -6.0f },
                               { "subDriveSend", 1.0f }, { c.id, c.from } });

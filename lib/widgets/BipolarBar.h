@@ -24,6 +24,7 @@ public:
 
     float getValue() const noexcept { return value; }
     int getBarWidth() const noexcept { return barWidth; }
+    bool isValueTextVisible() const noexcept { return valueTextVisible; }
     bool isInteractive() const noexcept { return interactive; }
     static juce::String valueText(float value);
 

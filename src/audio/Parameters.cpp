@@ -294,6 +294,9 @@ juce::AudioProcessorValueTreeState::ParameterLayout createParameterLayout()
     addLinear (layout, "crushMix", "crush mix", 0.0f, 1.0f, 0.5f);
 
     addModSlots (layout);
+
+    // Appended after the slots so that the older parameters keep their host indices.
+    addBool (layout, "driveOn", "drive on", true);
     return layout;
 }
 }

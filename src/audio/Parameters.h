@@ -19,7 +19,7 @@ namespace choices
     const juce::StringArray& modDestinations();
 }
 
-inline constexpr int numParameters = 157;
+inline constexpr int numParameters = 158;
 
 // Range whose midpoint sits at the geometric mean of start and end; skew 0.4 when either end
 // is not above zero.

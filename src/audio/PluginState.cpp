@@ -58,6 +58,14 @@ void MorvaneAudioProcessor::migrateParameterTree (juce::ValueTree& tree) const
 {
     migrateSwitch (tree, "stereoMode", "stereoWidth", [] (float v) { return v < 0.5f; }, 1.0f, 0.0f);
     migrateSwitch (tree, "driveEnabled", "driveMix", [] (float v) { return v >= 0.5f; }, 1.0f, 0.0f);
+    // The drive switch came later than any document without it, and those were made with the drive on.
+    if (! findParam (tree, "driveOn").isValid())
+    {
+        juce::ValueTree added ("PARAM");
+        added.setProperty ("id", "driveOn", nullptr);
+        added.setProperty ("value", 1.0f, nullptr);
+        tree.appendChild (added, nullptr);
+    }
 
     for (auto child : tree)
     {

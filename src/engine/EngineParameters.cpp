@@ -17,7 +17,7 @@ namespace
         "phaseNotch", "feedbackAmount", "feedbackTone", "feedbackPosition", "mbdEnable", "mbdMix",
         "mbdLowAmount", "mbdMidAmount", "mbdHighAmount", "mbdLowCross", "mbdHighCross", "mbdLowMode",
         "mbdMidMode", "mbdHighMode", "modFxEnable", "modFxMode", "modFxRate", "modFxDepth", "modFxFeedback",
-        "modFxMix", "postEqEnable", "postEqTilt", "postEqNotchHz", "postEqNotchDepth"
+        "modFxMix", "postEqEnable", "postEqTilt", "postEqNotchHz", "postEqNotchDepth", "driveOn"
     };
     static_assert (std::size (ids) == (size_t) P::count);
 }

@@ -20,12 +20,12 @@ enum class P
     reeseSpread, reeseLock, pdMorphAmount, phaseMix, phaseStereo, phaseNotch, feedbackAmount, feedbackTone,
     feedbackPosition, mbdEnable, mbdMix, mbdLowAmount, mbdMidAmount, mbdHighAmount, mbdLowCross,
     mbdHighCross, mbdLowMode, mbdMidMode, mbdHighMode, modFxEnable, modFxMode, modFxRate, modFxDepth,
-    modFxFeedback, modFxMix, postEqEnable, postEqTilt, postEqNotchHz, postEqNotchDepth,
+    modFxFeedback, modFxMix, postEqEnable, postEqTilt, postEqNotchHz, postEqNotchDepth, driveOn,
     count
 };
 
 inline constexpr int numCachedParameters = (int) P::count;
-static_assert (numCachedParameters == 87);
+static_assert (numCachedParameters == 88);
 
 const char* cachedParameterId (P p) noexcept;
 

@@ -77,7 +77,7 @@ void VoiceEngine::prepare (double newSampleRate, int maximumBlockSize)
         for (auto& filter : bank)
             filter.prepare (overRate);
     positionFadeLength = routingFadeLength = std::max ((int) (positiveRate (overRate) * 0.005 + 0.5), 1);
-    positionFadeCounter = routingFadeCounter = 0;
+    positionFadeCounter = routingFadeCounter = driveSwitchCounter = 0;
     feedbackSamples = {};
     toneStates = {};
 

@@ -83,6 +83,11 @@ public:
 
     enum Routing { preDrive, postFilter };
     int drivePosition = 0, previousDrivePosition = 0, positionFadeLength = 1, positionFadeCounter = 0;
+    // The drive switch: off passes the stage's input. A change fades equal-power over the
+    // position fade's length; the weights are those of the present oversampled step.
+    bool driveOn = true, driveBypassed = false;
+    int driveSwitchCounter = 0;
+    float driveWet = 1.0f, driveDry = 0.0f;
     int subRouting = preDrive, previousSubRouting = preDrive, routingFadeLength = 1, routingFadeCounter = 0;
 
     // The feedback loop: one oversampled sample of delay through a one-pole tone filter.
@@ -167,6 +172,8 @@ private:
     void updateStageSettings() noexcept;
     void changeDrivePosition (int position) noexcept;
     void finishDrivePositionFade() noexcept;
+    void stepDriveSwitch() noexcept;
+    void settleDriveSwitch() noexcept;
     float subRatio() noexcept;
     // The multiband drive's settings at a host sample whose controls were worked out again, and
     // their application. Applying the same settings twice changes nothing, so a run of the drive

@@ -40,8 +40,11 @@ __attribute__ ((always_inline)) inline float VoiceEngine::driveAndFilter (int ba
     // add three dependent operations to every step's way through the voice.
     auto drive = [&] (float v) __attribute__ ((always_inline))
     {
+        if (driveBypassed)
+            return v;
         const float shaped = shaper.process (v) * driveMakeup;
-        return driveMixAmount == 1.0f ? shaped : v + (shaped - v) * driveMixAmount;
+        const float driven = driveMixAmount == 1.0f ? shaped : v + (shaped - v) * driveMixAmount;
+        return driveWet == 1.0f ? driven : driven * driveWet + v * driveDry;
     };
     auto filtered = [&] (float v) __attribute__ ((always_inline))
     {
@@ -297,6 +300,8 @@ void VoiceEngine::renderChain (int first, int end, int leftMode, bool multibandI
         for (int j = 2 * i; j < 2 * i + 2; ++j)
         {
             // Drive and filter in the order of the drive position; the filter runs while disabled.
+            if (driveSwitchCounter > 0)
+                stepDriveSwitch();
             const bool positionFading = positionFadeCounter > 0;
             float leaving = 0.0f, entering = 1.0f;
             if (positionFading)
@@ -337,6 +342,8 @@ void VoiceEngine::renderChain (int first, int end, int leftMode, bool multibandI
 
             if (positionFading && --positionFadeCounter == 0)
                 finishDrivePositionFade();
+            if (driveSwitchCounter > 0 && --driveSwitchCounter == 0)
+                settleDriveSwitch();
         }
     }
 }

@@ -22,6 +22,9 @@ void VoiceEngine::applyStageSettingsAtNote() noexcept
 
     drivePosition = previousDrivePosition = std::clamp (params.index (P::drivePosition), 0, 1);
     positionFadeCounter = 0;
+    driveOn = params.on (P::driveOn);
+    driveSwitchCounter = 0;
+    settleDriveSwitch();
     subRouting = previousSubRouting = std::clamp (params.index (P::subRouting), 0, 1);
     routingFadeCounter = 0;
 }
@@ -44,6 +47,16 @@ void VoiceEngine::updateStageSettings() noexcept
     const int position = std::clamp (params.index (P::drivePosition), 0, 1);
     if (position != drivePosition)
         changeDrivePosition (position);
+
+    if (params.on (P::driveOn) != driveOn)
+    {
+        // Turned back mid-fade, the fade runs back from where its weights stand.
+        driveOn = ! driveOn;
+        driveSwitchCounter = positionFadeLength - driveSwitchCounter;
+        driveBypassed = false;
+        if (driveSwitchCounter == 0)
+            settleDriveSwitch();
+    }
 
     const int routing = std::clamp (params.index (P::subRouting), 0, 1);
     if (routing != subRouting)
@@ -75,6 +88,24 @@ void VoiceEngine::changeDrivePosition (int position) noexcept
     positionFadeCounter = positionFadeLength;
     // The second bank has not followed the cut-off while it stood idle.
     cutoffApplied = false;
+}
+
+void VoiceEngine::stepDriveSwitch() noexcept
+{
+    const float x = (1.0f - (float) driveSwitchCounter / (float) positionFadeLength) * 1.5707964f;
+    const float entering = std::sin (x), leaving = std::cos (x);
+    driveWet = driveOn ? entering : leaving;
+    driveDry = driveOn ? leaving : entering;
+}
+
+void VoiceEngine::settleDriveSwitch() noexcept
+{
+    // The weights of this step stand; from the next one the stage is the plain drive or a wire.
+    if (driveSwitchCounter > 0)
+        return;
+    driveBypassed = ! driveOn;
+    if (driveOn)
+        driveWet = 1.0f, driveDry = 0.0f;
 }
 
 void VoiceEngine::finishDrivePositionFade() noexcept

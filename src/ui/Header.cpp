@@ -54,7 +54,7 @@ Header::Header (MorvaneAudioProcessor& p)
 {
     setName ("Header");
     for (auto* c : std::initializer_list<juce::Component*> { &strip, &octaveDownChip, &octaveChip, &octaveUpChip, &glideChip,
-                                                             &legatoButton, &bpmDisplay, &masterChip, &workflowButton, &settingsButton })
+                                                             &legatoButton, &voiceModeButton, &bpmDisplay, &masterChip, &workflowButton, &settingsButton })
         addAndMakeVisible (c);
 
     octaveChip.setTooltip ("Current octave offset.");
@@ -66,6 +66,12 @@ Header::Header (MorvaneAudioProcessor& p)
     masterChip.attach (parameters.getParameter ("outputGain"));
     if (auto* legato = parameters.getParameter ("legato"))
         legatoAttachment = std::make_unique<juce::ButtonParameterAttachment> (*legato, legatoButton, nullptr);
+    voiceModeButton.offText = "MIX";
+    voiceModeButton.onText = "RING";
+    voiceModeButton.setTitle ("Voice mode");
+    voiceModeButton.setTooltip ("Voice mode: the two oscillators mixed, or ring-modulated (one multiplied by the other).");
+    if (auto* mode = parameters.getParameter ("mode"))
+        voiceModeAttachment = std::make_unique<juce::ButtonParameterAttachment> (*mode, voiceModeButton, nullptr);
 
     strip.onPrevious = [this] { if (onPreviousPreset) onPreviousPreset(); };
     strip.onNext = [this] { if (onNextPreset) onNextPreset(); };
@@ -163,6 +169,7 @@ void Header::paint (juce::Graphics& g)
     caption ("OCT", 648);
     caption ("GLIDE", 756);
     caption ("LEGATO", 864);
+    caption ("MODE", 912);
     caption (bpmDisplay.synced ? "SYNC BPM" : "BPM", 972);
     caption ("MASTER", 1080);
 
@@ -184,7 +191,8 @@ void Header::resized()
     octaveChip.setBounds (676, 22, 40, 44);
     octaveUpChip.setBounds (716, 22, 28, 44);
     glideChip.setBounds (756, 22, 96, 44);
-    legatoButton.setBounds (864, 22, 96, 44);
+    legatoButton.setBounds (864, 22, 44, 44);
+    voiceModeButton.setBounds (912, 22, 48, 44);
     bpmDisplay.setBounds (972, 22, 96, 44);
     masterChip.setBounds (1080, 22, 96, 44);
     workflowButton.setBounds (1188, 22, 44, 44);

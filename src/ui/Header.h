@@ -41,7 +41,7 @@ public:
     widgets::PresetNavStrip strip;
     header::StepChip octaveDownChip, octaveUpChip;
     header::HeaderValueChip octaveChip, glideChip;
-    header::LegatoButton legatoButton;
+    header::LegatoButton legatoButton, voiceModeButton;
     header::TransportBpmDisplay bpmDisplay;
     header::HeaderValueChip masterChip;
     header::WorkflowButton workflowButton;
@@ -63,7 +63,7 @@ private:
     MorvaneAudioProcessor& processor;
     juce::AudioProcessorValueTreeState& parameters;
     float outputDb = -120.0f;
-    std::unique_ptr<juce::ButtonParameterAttachment> legatoAttachment;
+    std::unique_ptr<juce::ButtonParameterAttachment> legatoAttachment, voiceModeAttachment;
     std::unique_ptr<Listener> octaveListener, syncListener;
     std::vector<int> dividers;
 

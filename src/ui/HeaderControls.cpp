@@ -101,7 +101,7 @@ void LegatoButton::paintButton (juce::Graphics& g, bool over, bool down)
 {
     drawControlSurface (g, getLocalBounds().toFloat(), over, down, getToggleState(), hasKeyboardFocus (false), isEnabled(), 4);
     const auto colour = ! isEnabled() ? Token::textDisabled : getToggleState() ? Token::textPrimary : Token::textSecondary;
-    drawTypeText (g, 5, getToggleState() ? "ON" : "OFF", getLocalBounds().reduced (8, 0), token (colour), juce::Justification::centred);
+    drawTypeText (g, 5, getToggleState() ? onText : offText, getLocalBounds().reduced (4, 0), token (colour), juce::Justification::centred);
 }
 
 TransportBpmDisplay::TransportBpmDisplay (juce::AudioProcessorValueTreeState& p) : parameters (p)

@@ -45,6 +45,9 @@ class LegatoButton : public juce::Button
 public:
     LegatoButton();
     void paintButton (juce::Graphics&, bool over, bool down) override;
+
+    // The words of the two states; the voice mode's switch reads "MIX" and "RING".
+    juce::String offText { "OFF" }, onText { "ON" };
 };
 
 // The tempo that synced modulation follows: the host's, or the standalone's own, edited in place.

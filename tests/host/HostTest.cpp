@@ -16,7 +16,7 @@
 namespace
 {
 const juce::String lv2Uri (MORVANE_LV2_URI);
-constexpr int instrumentParameters = 157;
+constexpr int instrumentParameters = 158;
 constexpr int learnedController = 74;
 const char* const learnedParameter = "filterCutoff";
 const char* const factoryPreset = "acid_diode_squelch.xml";
@@ -398,7 +398,7 @@ TEST_P (Hosting, FindsAndDescribesTheBundle)
     EXPECT_EQ (description->numOutputChannels, 2);
 }
 
-TEST_P (Hosting, Exposes157ParametersWithTheProcessorsNames)
+TEST_P (Hosting, ExposesEveryParameterWithTheProcessorsNames)
 {
     const auto list = runRenderer ({ "--list-parameters" });
     ASSERT_EQ (list.exitCode, 0) << list.output;

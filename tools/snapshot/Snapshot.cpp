@@ -8,6 +8,7 @@
 #include "snapshot/WidgetGallery.h"
 #include "ui/Editor.h"
 #include "ui/theme/Themes.h"
+#include "ui/widgets/CardFaces.h"
 
 #include <iostream>
 
@@ -60,6 +61,17 @@ juce::Image paint (juce::Component& component)
     juce::Graphics g (image);
     component.paintEntireComponent (g, true);
     return image;
+}
+}
+
+namespace
+{
+void showSecondFaces (juce::Component& root)
+{
+    if (auto* toggle = dynamic_cast<ui::widgets::FaceToggle*> (&root))
+        toggle->showSecondFace (true);
+    for (auto* child : root.getChildren())
+        showSecondFaces (*child);
 }
 }
 
@@ -121,6 +133,8 @@ std::optional<juce::Image> renderSnapshot (const SnapshotOptions& o, juce::Strin
         editor.importThemeFile (*o.themeFile);
     editor.setDisplayScale (o.scale);
     editor.setActiveView (o.view);
+    if (o.secondFaces)
+        showSecondFaces (editor);
     editor.refreshReadouts();
     return paint (editor);
 }

@@ -17,6 +17,7 @@ struct SnapshotOptions
 {
     juce::File out;
     int view = 0;
+    bool secondFaces = false;               // cards with a second face show it
     float scale = 1.0f;
     juce::String theme;                    // a built-in theme id
     std::optional<juce::File> themeFile;   // or an imported theme file

@@ -20,7 +20,7 @@ int viewCodeForName (const juce::String& name)
 
 juce::String usageText()
 {
-    return "usage: morvane-snapshot --out FILE.png [--view canvas|browser|settings|matrix|play|fx]\n"
+    return "usage: morvane-snapshot --out FILE.png [--view canvas|browser|settings|matrix|play|fx] [--more]\n"
            "                        [--scale 0.75|1|1.25|1.5] [--theme ID | --theme-file FILE.json]\n"
            "                        [--factory NAME | --preset FILE] [--set ID=VALUE]...\n"
            "       morvane-snapshot --gallery --out FILE.png [--theme ID] [--scale S]\n"
@@ -61,6 +61,8 @@ ParseResult parseSnapshotOptions (const juce::StringArray& args)
                 return result;
             }
         }
+        else if (arg == "--more")
+            o.secondFaces = true;
         else if (arg == "--out")
         {
             if (! value (v)) return result;

@@ -29,7 +29,7 @@ std::unique_ptr<juce::Component> SingleCanvasView::makePanel (Panel panel)
     switch (panel)
     {
         case osc1: return std::make_unique<widgets::OscCard> (processor, 1);
-        case detune: return std::make_unique<widgets::DetuneBar> (processor.getParameterTree());
+        case detune: return std::make_unique<widgets::DetuneBar> (processor.getParameterTree(), &processor);
         case osc2: return std::make_unique<widgets::OscCard> (processor, 2);
         case sources: return std::make_unique<widgets::SourceUtilityStrip> (processor);
         case filter: return std::make_unique<widgets::VoiceFilterPanel> (processor.getParameterTree(), processor);
@@ -81,19 +81,34 @@ void SingleCanvasView::setModulationBadges (bool on)
 
 std::vector<SingleCanvasView::Badge> SingleCanvasView::badges() const
 {
-    std::vector<Badge> result;
-    std::array<int, 8> earlier {};
+    // The oscillator cards name their own modulation, so they take none from here. The others get
+    // a row of their own, badges running leftwards from the right edge: above the pictures, and
+    // between the fields and the knobs on the oscillator link. The sources have no free row in the
+    // part that the matrix leaves in view, so theirs, one, lies over the noise's first caption. A
+    // badge never covers a visualiser, and what no longer fits is counted on the row's last badge.
+    std::array<std::vector<widgets::Route>, panelCount> perPanel;
     for (const auto& route : widgets::activeRoutes (processor.getParameterTree()))
     {
         const auto panel = panelForDestination (route.destination);
-        if (panel == panelCount)
-            continue;
-        const auto area = panelBounds (panel);
-        auto& count = earlier[(size_t) (route.destination % 8)];
-        const auto percent = juce::roundToInt (route.amount * 100.0f);
-        result.push_back ({ { area.getRight() - 6 - 78, area.getY() + 34 + 20 * count, 78, 18 },
-                            (shortSourceName (route.sourceName) + (percent >= 0 ? "+" : "") + juce::String (percent)).toUpperCase() });
-        ++count;
+        if (panel != panelCount && panel != osc1 && panel != osc2)
+            perPanel[(size_t) panel].push_back (route);
+    }
+    std::vector<Badge> result;
+    for (int p = 0; p < panelCount; ++p)
+    {
+        const auto& routes = perPanel[(size_t) p];
+        const auto area = panelBounds ((Panel) p);
+        const int top = p == detune ? 86 : 34;
+        const int room = p == sources ? 1 : std::max ((area.getWidth() - 12) / 84, 1);
+        for (int i = 0; i < (int) routes.size() && i < room; ++i)
+        {
+            const auto& route = routes[(size_t) i];
+            const auto percent = juce::roundToInt (route.amount * 100.0f);
+            const bool last = i == room - 1 && (int) routes.size() > room;
+            const auto text = last ? "+" + juce::String ((int) routes.size() - i) + " MORE"
+                                   : (shortSourceName (route.sourceName) + (percent >= 0 ? "+" : "") + juce::String (percent)).toUpperCase();
+            result.push_back ({ { area.getRight() - 6 - 78 - 84 * i, area.getY() + top, 78, 18 }, text });
+        }
     }
     return result;
 }

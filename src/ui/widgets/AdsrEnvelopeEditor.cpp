@@ -277,11 +277,12 @@ AdsrEnvelopeEditor::~AdsrEnvelopeEditor() = default;
 
 void AdsrEnvelopeEditor::setLabels (const juce::StringArray& newLabels) { knobsRow.setLabels (newLabels); }
 
-void AdsrEnvelopeEditor::setExtraKnob (juce::Component* knob)
+void AdsrEnvelopeEditor::setExtraKnob (juce::Component* knob, int width)
 {
     if (extraKnob != nullptr && extraKnob->getParentComponent() == this)
         removeChildComponent (extraKnob);
     extraKnob = knob;
+    extraWidth = std::max (width, 1);
     if (knob != nullptr)
         addAndMakeVisible (knob);
     resized();
@@ -310,8 +311,9 @@ void AdsrEnvelopeEditor::resized()
     if (extraKnob != nullptr)
     {
         const int kh = std::min (area.getHeight(), 96);
-        extraKnob->setBounds (area.getX(), area.getCentreY() - kh / 2, std::min (44, area.getWidth()), kh);
-        area.removeFromLeft (std::min (44 + gap, area.getWidth()));
+        // At the top of the knobs' band, as the row's knobs stand, so that the circles line up.
+        extraKnob->setBounds (area.getX(), area.getY(), std::min (extraWidth, area.getWidth()), kh);
+        area.removeFromLeft (std::min (extraWidth + gap, area.getWidth()));
     }
     knobsRow.setBounds (area);
 }

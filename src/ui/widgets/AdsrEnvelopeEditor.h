@@ -68,7 +68,8 @@ public:
     ~AdsrEnvelopeEditor() override;
 
     void setLabels (const juce::StringArray& newLabels);
-    void setExtraKnob (juce::Component* knob);
+    // The extra control stands left of the knobs; a group of two knobs asks for more than one knob's width.
+    void setExtraKnob (juce::Component* knob, int width = 44);
     void setCurveHeightRange (int minHeight, int maxHeight);
 
     AdsrRow& getCurveRow() noexcept { return curveRow; }
@@ -79,6 +80,7 @@ public:
 private:
     AdsrRow curveRow, knobsRow;
     juce::Component* extraKnob = nullptr;
+    int extraWidth = 44;
     int gap = 8;
     int curveMinHeight = 44, curveMaxHeight = 204;
 

@@ -1,5 +1,6 @@
 #include "ui/widgets/DetuneBar.h"
 
+#include "ui/matrix/MatrixWiring.h"
 #include "ui/widgets/ValueFormat.h"
 
 #include <cmath>
@@ -46,11 +47,13 @@ namespace widgets
         }
     }
 
-    DetuneBar::DetuneBar (juce::AudioProcessorValueTreeState& s)
+    DetuneBar::DetuneBar (juce::AudioProcessorValueTreeState& s, MorvaneAudioProcessor* processor)
         : state (s),
           detuneUnit (makeUnitControl (s)),
           detuneUnitField ("DETUNE", detuneUnit.get()),
-          phaseChoice (s, "phaseMode", "Phase mode")
+          phaseChoice (s, "phaseMode", "Phase mode"),
+          lockButton (s, "reeseLock", "Reese lock", "Oscillator 2 takes the wave, DCW and pulse width of oscillator 1."),
+          monoButton (s, "monoLowEnabled", "Mono low", "Keep the low end mono below the frequency set here.")
     {
         setName ("DetuneBar");
         setTitle ("OSC LINK");
@@ -93,6 +96,36 @@ namespace widgets
         for (auto* knob : { &detuneKnob, &phaseKnob, &driftKnob, &stereoKnob })
             addAndMakeVisible (knob);
 
+        beatKnob.setLabel ("BEAT");
+        beatKnob.setTooltip ("Reese beat: a detune in hertz that beats at the same rate on every note.");
+        beatKnob.setValueFormatter ([] (double v) { return juce::String (v, 1) + " Hz"; });
+        spreadKnob.setLabel ("SPREAD");
+        spreadKnob.setTooltip ("Reese spread: how far the detune is split between left and right.");
+        spreadKnob.setValueFormatter ([] (double v) { return formatPercent (v, false); });
+        monoFreqKnob.setLabel ("LOW FREQ");
+        monoFreqKnob.setTooltip ("Below this frequency the sound is kept mono.");
+        monoFreqKnob.setValueFormatter ([] (double v) { return juce::String (juce::roundToInt (v)) + " Hz"; });
+        beatAttachment = attach (beatKnob, "reeseBeat");
+        spreadAttachment = attach (spreadKnob, "reeseSpread");
+        monoFreqAttachment = attach (monoFreqKnob, "monoLowFreq");
+        if (processor != nullptr)
+        {
+            matrix::wireKnob (beatKnob, *processor, "reeseBeat", 24);
+            matrix::wireKnob (spreadKnob, *processor, "reeseSpread", 25);
+        }
+        for (auto [field, button] : { std::pair { &lockField, &lockButton }, { &monoField, &monoButton } })
+        {
+            field->setCompact (true);
+            field->setContent (button);
+            button->onToggled = [this] (bool) { updateMonoDimming(); };
+        }
+        for (auto* c : std::initializer_list<juce::Component*> { &beatKnob, &spreadKnob, &monoFreqKnob, &lockField, &monoField })
+            addChildComponent (c);
+        faceToggle.setTooltip ("Show the reese pair and the mono low end, or go back to detune and phase.");
+        faceToggle.onFlip = [this] (bool second) { showFace (second); };
+        addAndMakeVisible (faceToggle);
+        updateMonoDimming();
+
         syncDetuneBinding (false);
         state.addParameterListener ("detuneMode", this);
     }
@@ -128,6 +161,19 @@ namespace widgets
         detuneKnob.repaint();
     }
 
+    void DetuneBar::showFace (bool second)
+    {
+        for (auto* c : std::initializer_list<juce::Component*> { &detuneKnob, &phaseKnob, &driftKnob, &stereoKnob, &detuneUnitField, &phaseField })
+            c->setVisible (! second);
+        for (auto* c : std::initializer_list<juce::Component*> { &beatKnob, &spreadKnob, &monoFreqKnob, &lockField, &monoField })
+            c->setVisible (second);
+    }
+
+    void DetuneBar::updateMonoDimming()
+    {
+        monoFreqKnob.setAlpha (monoButton.getToggleState() ? 1.0f : 0.4f);
+    }
+
     void DetuneBar::parameterChanged (const juce::String& id, float)
     {
         if (id != "detuneMode")
@@ -140,9 +186,12 @@ namespace widgets
         SectionFrame::resized();
         const auto bounds = getLocalBounds();
         const int w = getWidth(), h = getHeight();
-        title.setBounds (20, 8, 164, 22);
+        title.setBounds (20, 8, 112, 22);
+        faceToggle.setBounds (w - 20 - 44, 12, 44, 22);
         detuneUnitField.setBounds (insetAtEdges ({ 0, 38, 96, 44 }, bounds, 8));
         phaseField.setBounds (insetAtEdges ({ 108, 38, 96, 44 }, bounds, 8));
+        lockField.setBounds (detuneUnitField.getBounds());
+        monoField.setBounds (phaseField.getBounds());
 
         const int rowH = std::max ((h - 108 - 8) / 2, 0);
         const int leftW = std::min (w, w / 2);
@@ -153,6 +202,10 @@ namespace widgets
         ostrel::widgets::Knob* knobs[] = { &detuneKnob, &phaseKnob, &driftKnob, &stereoKnob };
         for (int i = 0; i < 4; ++i)
             knobs[i]->setBounds (cells[i].withSizeKeepingCentre (std::min (44, cells[i].getWidth()), std::min (96, cells[i].getHeight())));
+        // The second face: the reese pair in the left column under its lock, mono low on the right.
+        beatKnob.setBounds (detuneKnob.getBounds());
+        spreadKnob.setBounds (driftKnob.getBounds());
+        monoFreqKnob.setBounds (phaseKnob.getBounds());
     }
 }
 }

@@ -1,8 +1,15 @@
 #pragma once
 
+#include "ui/widgets/CardFaces.h"
+#include "ui/widgets/PanelEnableButton.h"
 #include "widgets/Widgets.h"
 
 #include <juce_audio_processors/juce_audio_processors.h>
+
+namespace morvane
+{
+class MorvaneAudioProcessor;
+}
 
 namespace morvane::ui
 {
@@ -21,7 +28,8 @@ namespace widgets
                       private juce::AsyncUpdater
     {
     public:
-        explicit DetuneBar (juce::AudioProcessorValueTreeState& state);
+        // With the processor, the reese knobs of the second face become modulation destinations.
+        explicit DetuneBar (juce::AudioProcessorValueTreeState& state, MorvaneAudioProcessor* processor = nullptr);
         ~DetuneBar() override;
 
         void resized() override;
@@ -36,6 +44,15 @@ namespace widgets
         ostrel::widgets::Knob& getStereoKnob() noexcept { return stereoKnob; }
         ostrel::widgets::SegmentField& getDetuneUnitField() noexcept { return detuneUnitField; }
         ostrel::widgets::FieldBox& getPhaseField() noexcept { return phaseField; }
+
+        // The second face: the reese pair and the mono low end.
+        FaceToggle faceToggle;
+        ostrel::widgets::Knob beatKnob { ostrel::widgets::KnobSize::Mini }, spreadKnob { ostrel::widgets::KnobSize::Mini },
+            monoFreqKnob { ostrel::widgets::KnobSize::Mini };
+        PanelEnableButton lockButton, monoButton;
+        ostrel::widgets::FieldBox lockField { "REESE LOCK" }, monoField { "MONO LOW" };
+        void showFace (bool second);
+        void updateMonoDimming();
 
     private:
         // Listeners may run on any thread; the posted update allocates nothing.
@@ -52,7 +69,7 @@ namespace widgets
         ostrel::widgets::ChoiceDropdown phaseChoice;
         ostrel::widgets::FieldBox phaseField { "PHASE" };
         std::unique_ptr<juce::AudioProcessorValueTreeState::SliderAttachment> detuneAttachment, phaseAttachment,
-            driftAttachment, stereoAttachment;
+            driftAttachment, stereoAttachment, beatAttachment, spreadAttachment, monoFreqAttachment;
         juce::String boundDetuneId;
 
         JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (DetuneBar)

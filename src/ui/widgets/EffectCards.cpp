@@ -30,7 +30,7 @@ MultibandDriveCard::MultibandDriveCard (juce::AudioProcessorValueTreeState& s, M
       lowModeChoice (s, "mbdLowMode", "Multiband low mode"),
       midModeChoice (s, "mbdMidMode", "Multiband mid mode"),
       highModeChoice (s, "mbdHighMode", "Multiband high mode"),
-      lowModeField ("MODE"), midModeField ("MODE"), highModeField ("MODE"),
+      lowModeField ("LOW MODE"), midModeField ("MID MODE"), highModeField ("HIGH MODE"),
       lowKnob (KnobSize::Mini, false, false), midKnob (KnobSize::Mini, false, false),
       highKnob (KnobSize::Mini, false, false), lowCrossKnob (KnobSize::Mini, false, false),
       highCrossKnob (KnobSize::Mini, false, false), mixKnob (KnobSize::Mini, false, false)
@@ -64,8 +64,17 @@ void MultibandDriveCard::resized()
     if (lowModeField.getParentComponent() == nullptr)
         return;
     auto area = bodyArea (getLocalBounds());
-    // The fields share the strip's cells, so each mode stands over its band's knob.
-    layoutStrip (takeRow (area, 66), { &lowModeField, &midModeField, &highModeField, nullptr, nullptr, nullptr });
+    // One knob cell is too narrow for "FOLLOW": the three modes share the width of the knob strip
+    // below, each captioned with its band.
+    auto modes = takeRow (area, 66);
+    modes = modes.withSizeKeepingCentre (std::min (6 * 44 + 5 * 8, modes.getWidth()), modes.getHeight());
+    const int third = std::max ((modes.getWidth() - 16) / 3, 0);
+    for (auto* field : { &lowModeField, &midModeField })
+    {
+        field->setBounds (modes.removeFromLeft (third));
+        modes.removeFromLeft (std::min (8, modes.getWidth()));
+    }
+    highModeField.setBounds (modes);
     layoutStrip (takeRow (area, 96), { &lowKnob, &midKnob, &highKnob, &lowCrossKnob, &highCrossKnob, &mixKnob });
 }
 

@@ -183,8 +183,27 @@ LfoCard::LfoCard (juce::AudioProcessorValueTreeState& s, MorvaneAudioProcessor& 
     // The rate text changes meaning with the mode: redraw it when the mode moves, from anywhere.
     modeChoice.getComboBox().onChange = [this] { rateKnob.repaint(); };
 
-    knobRow.setGapStep (6);
-    knobRow.setKnobs ({ &rateKnob, &depthKnob });
+    phaseKnob.setLabel ("PHASE");
+    phaseKnob.setTooltip ("Where in its cycle the LFO stands: an offset that a retrigger starts from.");
+    phaseKnob.setValueFormatter ([] (double v) { return formatSignedInt (juce::roundToInt (v), true, false) + juce::String (juce::CharPointer_UTF8 ("\xc2\xb0")); });
+    if (state.getParameter ("lfo1Phase") != nullptr)
+        phaseAttachment = std::make_unique<juce::AudioProcessorValueTreeState::SliderAttachment> (state, "lfo1Phase", phaseKnob);
+    rateKnob.setTooltip ("LFO rate, or its division of the beat when synced.");
+    depthKnob.setTooltip ("LFO depth.");
+
+    if (auto* retrig = dynamic_cast<juce::AudioParameterChoice*> (state.getParameter ("lfo1Retrig")))
+    {
+        retrigControl = std::make_unique<ostrel::widgets::SegmentedControl> (*retrig, juce::StringArray { "FREE", "NOTE" });
+        retrigControl->setGapStep (1);
+        retrigControl->getCell (0)->setTooltip ("The LFO runs on across notes.");
+        retrigControl->getCell (1)->setTooltip ("Each new note restarts the LFO from its phase.");
+    }
+    retrigField.setContent (retrigControl.get());
+    retrigField.setCompact (true);
+    addAndMakeVisible (retrigField);
+
+    knobRow.setGapStep (1);
+    knobRow.setKnobs ({ &rateKnob, &depthKnob, &phaseKnob });
     addAndMakeVisible (knobRow);
 }
 
@@ -197,9 +216,11 @@ void LfoCard::resized()
     const int x = b.getX(), y = b.getY();
     modeChoice.setBounds (x + 102, y + 12, 82, 22);
     title.setBounds (x + 20, y + 8, modeChoice.isVisible() ? 74 : 164, 22);
-    preview.setBounds (x + 16, y + 62, 172, 126);
-    sourceChip.setBounds (x + 16, y + 170, 74, 22);
-    knobRow.setBounds (x, y + 216, 96, 96);
-    shapeField.setBounds (insetAtEdges ({ x + 108, y + 216, 96, 44 }, b, 16));
+    // Preview, then shape and start side by side, then rate, depth and phase.
+    preview.setBounds (x + 16, y + 62, 172, 96);
+    sourceChip.setBounds (x + 16, y + 140, 74, 22);
+    shapeField.setBounds (x + 16, y + 164, 84, 44);
+    retrigField.setBounds (x + 108, y + 164, 80, 44);
+    knobRow.setBounds (x + 16, y + 212, 172, 96);
 }
 }

@@ -65,11 +65,14 @@ public:
     LfoPreviewStrip preview;
     ostrel::widgets::ChoiceDropdown shapeChoice, modeChoice;
     ostrel::widgets::FieldBox shapeField { "SHAPE" };
-    ostrel::widgets::Knob rateKnob { ostrel::widgets::KnobSize::Mini }, depthKnob { ostrel::widgets::KnobSize::Mini };
+    ostrel::widgets::Knob rateKnob { ostrel::widgets::KnobSize::Mini }, depthKnob { ostrel::widgets::KnobSize::Mini },
+        phaseKnob { ostrel::widgets::KnobSize::Mini, true };
     ostrel::widgets::KnobRow knobRow { ostrel::widgets::KnobSize::Mini };
+    std::unique_ptr<ostrel::widgets::SegmentedControl> retrigControl;
+    ostrel::widgets::SegmentField retrigField { "START", nullptr };
 
 private:
-    std::unique_ptr<juce::AudioProcessorValueTreeState::SliderAttachment> rateAttachment, depthAttachment;
+    std::unique_ptr<juce::AudioProcessorValueTreeState::SliderAttachment> rateAttachment, depthAttachment, phaseAttachment;
 
     JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (LfoCard)
 };

@@ -215,7 +215,9 @@ OscCard::OscCard (MorvaneAudioProcessor& p, int index)
       radioGroup (nextRadioGroup()),
       dcwEnvelope (state, { paramPrefix + "DcwAttack", paramPrefix + "DcwDecay", paramPrefix + "DcwSustain", paramPrefix + "DcwRelease" }),
       semitoneChip (state, paramPrefix + "Semitone", "SEMI"),
-      fineChip (state, paramPrefix + "Fine", "FINE")
+      fineChip (state, paramPrefix + "Fine", "FINE"),
+      syncButton (state, "syncOsc" + juce::String (oscIndex), "OSC " + juce::String (oscIndex) + " sync",
+                  "Hard sync: this oscillator restarts its cycle with the other oscillator's.")
 {
     setName ("OscCard" + juce::String (oscIndex));
     setTitle ("OSC " + juce::String (oscIndex));
@@ -251,7 +253,9 @@ OscCard::OscCard (MorvaneAudioProcessor& p, int index)
         { dcwKnob, "DCW", paramPrefix + "DcwDepth", "Phase distortion amount for this oscillator.", 4 + x, dcwAttachment },
         { levelKnob, "LEVEL", paramPrefix + "Level", "Oscillator level into the main filter.", 8 + x, levelAttachment },
         { morphKnob, "MORPH", "pdMorphAmount", "Morphs both PD oscillators toward the next wave shape.", 23, morphAttachment },
+        { pulseWidthKnob, "PW", paramPrefix + "PulseWidth", "Pulse width of the PWM wave.", 21 + x, pulseWidthAttachment },
     };
+    pulseWidthKnob.setValueFormatter ([] (double v) { return formatPercent (v, false); });
     dcwKnob.setValueFormatter ([] (double v) { return formatPercent (v, false); });
     levelKnob.setValueFormatter (levelText);
     levelKnob.setCentreDetent (true, 0.5);
@@ -265,7 +269,8 @@ OscCard::OscCard (MorvaneAudioProcessor& p, int index)
         binding.attachment = std::make_unique<juce::AudioProcessorValueTreeState::SliderAttachment> (state, binding.parameterId, binding.knob);
         matrix::wireKnob (binding.knob, processor, binding.parameterId, binding.destination);
     }
-    knobRow.setKnobs ({ &dcwKnob, &levelKnob, &morphKnob });
+    knobRow.setGapStep (1);
+    knobRow.setKnobs ({ &dcwKnob, &levelKnob, &morphKnob, &pulseWidthKnob });
     addAndMakeVisible (knobRow);
 
     const auto n = juce::String (oscIndex);
@@ -277,6 +282,10 @@ OscCard::OscCard (MorvaneAudioProcessor& p, int index)
     fineChip.setTooltip ("OSC " + n + " fine pitch in cents.");
     addAndMakeVisible (semitoneChip);
     addAndMakeVisible (fineChip);
+    syncField.setCompact (true);
+    syncField.setContent (&syncButton);
+    addAndMakeVisible (syncField);
+    updateDimming();
 
     updateModBadge();
     startTimerHz (15);
@@ -362,6 +371,21 @@ void OscCard::updateModBadge()
     }
 }
 
+void OscCard::updateDimming()
+{
+    // The PWM wave reads the width, and so does the wave before it while the morph leans on it.
+    const auto* wave = state.getRawParameterValue (paramPrefix + "Wave");
+    const auto* morph = state.getRawParameterValue ("pdMorphAmount");
+    const int w = wave != nullptr ? juce::roundToInt (wave->load()) : 8;
+    const bool widthHeard = w == 8 || (w == 7 && morph != nullptr && morph->load() > 0.0f);
+    const float widthAlpha = widthHeard ? 1.0f : 0.4f;
+    if (pulseWidthKnob.getAlpha() != widthAlpha)
+        pulseWidthKnob.setAlpha (widthAlpha);
+    const float syncAlpha = syncButton.getToggleState() ? 1.0f : 0.6f;
+    if (syncField.getAlpha() != syncAlpha)
+        syncField.setAlpha (syncAlpha);
+}
+
 void OscCard::paint (juce::Graphics& g)
 {
     SectionFrame::paint (g);
@@ -384,8 +408,9 @@ void OscCard::resized()
     // The lower right corner has room for three knobs or for the chips, not both: the chips sit
     // side by side between the visualiser and the wave cells, which moves the visualiser up.
     visualiser.setBounds (16, 38, 172, 126);
-    semitoneChip.setBounds (16, 176, 84, 44);
-    fineChip.setBounds (104, 176, 84, 44);
+    semitoneChip.setBounds (16, 176, 60, 44);
+    fineChip.setBounds (80, 176, 60, 44);
+    syncField.setBounds (144, 176, 44, 44);
     for (int i = 0; i < 10; ++i)
         waveCells[(size_t) i]->setBounds (16 + 36 * (i % 5), i < 5 ? 232 : 264, 28, 24);
     dcwEnvelope.setBounds (232, 38, 172, 160);

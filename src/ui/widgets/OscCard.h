@@ -2,6 +2,7 @@
 
 #include "ui/widgets/AdsrEnvelopeEditor.h"
 #include "ui/widgets/DcwVisualiser.h"
+#include "ui/widgets/PanelEnableButton.h"
 #include "widgets/Widgets.h"
 
 #include <array>
@@ -59,6 +60,8 @@ public:
     ostrel::widgets::Knob& getDcwKnob() noexcept { return dcwKnob; }
     ostrel::widgets::Knob& getLevelKnob() noexcept { return levelKnob; }
     ostrel::widgets::Knob& getMorphKnob() noexcept { return morphKnob; }
+    ostrel::widgets::Knob& getPulseWidthKnob() noexcept { return pulseWidthKnob; }
+    PanelEnableButton& getSyncButton() noexcept { return syncButton; }
     ostrel::widgets::ValueChip& getSemitoneChip() noexcept { return semitoneChip; }
     ostrel::widgets::ValueChip& getFineChip() noexcept { return fineChip; }
     const OscSourceBadge& getModBadge() const noexcept { return modBadge; }
@@ -66,6 +69,8 @@ public:
     void syncWaveCells();
     // The badge update that the 15 Hz timer runs.
     void updateModBadge();
+    // Dims what does nothing now: the pulse width away from the PWM wave, sync while it is off.
+    void updateDimming();
 
 private:
     struct WaveListener : juce::AudioProcessorValueTreeState::Listener
@@ -75,7 +80,11 @@ private:
         OscCard& owner;
     };
 
-    void timerCallback() override { updateModBadge(); }
+    void timerCallback() override
+    {
+        updateModBadge();
+        updateDimming();
+    }
     void handleAsyncUpdate() override { syncWaveCells(); }
     void chooseWave (int index);
 
@@ -92,10 +101,13 @@ private:
     WaveListener waveListener { *this };
     AdsrEnvelopeEditor dcwEnvelope;
     ostrel::widgets::Knob dcwKnob { ostrel::widgets::KnobSize::Mini }, levelKnob { ostrel::widgets::KnobSize::Mini },
-        morphKnob { ostrel::widgets::KnobSize::Mini };
+        morphKnob { ostrel::widgets::KnobSize::Mini }, pulseWidthKnob { ostrel::widgets::KnobSize::Mini };
     ostrel::widgets::KnobRow knobRow { ostrel::widgets::KnobSize::Mini };
     ostrel::widgets::ValueChip semitoneChip, fineChip;
-    std::unique_ptr<juce::AudioProcessorValueTreeState::SliderAttachment> dcwAttachment, levelAttachment, morphAttachment;
+    PanelEnableButton syncButton;
+    ostrel::widgets::FieldBox syncField { "SYNC" };
+    std::unique_ptr<juce::AudioProcessorValueTreeState::SliderAttachment> dcwAttachment, levelAttachment, morphAttachment,
+        pulseWidthAttachment;
 
     JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (OscCard)
 };

@@ -176,7 +176,11 @@ void RoutingRow::resized()
     gap();
     sourceChip->setBounds (area.removeFromLeft (juce::jmin (96, area.getWidth())).withHeight (h));
     gap();
-    destinationChoice->setBounds (area.removeFromLeft (juce::jmin (148, area.getWidth())).withHeight (h));
+    // The amount is what a row is read by: a narrow row takes from the destination's list first,
+    // down to 88, so that a stub of bar and the signed percentage keep their room.
+    const int right = 44 + 8 + (curveControl != nullptr ? 88 + 8 : 0) + 24 + 52;
+    const int destinationWidth = juce::jlimit (juce::jmin (88, area.getWidth()), juce::jmin (148, area.getWidth()), area.getWidth() - 8 - right);
+    destinationChoice->setBounds (area.removeFromLeft (destinationWidth).withHeight (h));
     gap();
 
     auto band = area.withY (area.getY() + (h - 44) / 2).withHeight (44);
@@ -188,8 +192,9 @@ void RoutingRow::resized()
         band.removeFromRight (juce::jmin (8, band.getWidth()));
     }
     const int b = juce::jmax (band.getWidth(), 0);
-    amountBar.setValueTextVisible (b >= 148);
-    amountBar.setBarWidth (b >= 148 ? b - 52 : juce::jmax (b, 96));
+    // The signed percentage keeps its 52 and the bar takes the rest.
+    amountBar.setValueTextVisible (true);
+    amountBar.setBarWidth (juce::jmax (b - 52, juce::jmin (b, 24)));
     amountBar.setBounds (band.withWidth (b));
 }
 }

@@ -1,6 +1,7 @@
 #include "ui/widgets/SourceUtilityStrip.h"
 
 #include "audio/PluginProcessor.h"
+#include "ui/matrix/MatrixWiring.h"
 #include "ui/widgets/ValueFormat.h"
 
 namespace morvane::ui::widgets
@@ -99,7 +100,11 @@ private:
     ostrel::widgets::SegmentedControl control;
 };
 
-SourceUtilityStrip::SourceUtilityStrip (MorvaneAudioProcessor& processor) : state (processor.getParameterTree())
+SourceUtilityStrip::SourceUtilityStrip (MorvaneAudioProcessor& processor)
+    : state (processor.getParameterTree()),
+      subOctaveChoice (state, "subOctave", "Sub octave"),
+      subSemitoneChip (state, "subSemitone", "SEMI"),
+      subFineChip (state, "subFine", "FINE")
 {
     setName ("SourceUtilityStrip");
     addAndMakeVisible (subFrame);
@@ -107,8 +112,9 @@ SourceUtilityStrip::SourceUtilityStrip (MorvaneAudioProcessor& processor) : stat
     addAndMakeVisible (subTitle);
     addAndMakeVisible (noiseTitle);
 
-    static const char* const waveNames[] = { "SINE", "SAW", "SQR", "PLS", "SPLS", "HALF", "RSAW", "RTRI", "RTRP", "PWM" };
-    for (int i = 0; i < 10; ++i)
+    // Every wave of the list has an item, the resonant pulse last.
+    static const char* const waveNames[] = { "SINE", "SAW", "SQR", "PLS", "SPLS", "HALF", "RSAW", "RTRI", "RTRP", "PWM", "RPLS" };
+    for (int i = 0; i < 11; ++i)
         waveChoice.addItem (waveNames[i], i + 1);
     waveChoice.setJustification (33);
     waveChoice.setCompact (true);
@@ -150,20 +156,36 @@ SourceUtilityStrip::SourceUtilityStrip (MorvaneAudioProcessor& processor) : stat
         { subLevelKnob, subLevelField, "subLevel", "Sub oscillator level into the bass path.", [] (double v) { return levelText (v, -120.0); } },
         { dirtKnob, dirtField, "subDriveSend", "Sub amount sent into drive; the remainder stays clean.", [] (double v) { return formatPercent (v, true); } },
         { noiseLevelKnob, noiseLevelField, "noiseLevel", "Noise source level into the filter and amp envelope.", [] (double v) { return levelText (v, -90.0); } },
+        { subDcwKnob, subDcwField, "subDcwDepth", "Phase distortion of the sub in its PD mode.", [] (double v) { return formatPercent (v, true); } },
     };
     for (const auto& k : knobs)
     {
         k.knob.setLabel (k.field.getLabel());
         k.knob.setValueFormatter (k.text);
         k.knob.setTooltip (k.tip);
-        k.knob.setValueVisible (false);
         k.knob.attachToParameter (state, k.id);
-        k.field.setContent (&k.knob);
     }
+    // The DCW came with the second face, as a destination of the matrix like the oscillators' DCW.
+    matrix::wireKnob (subDcwKnob, processor, "subDcwDepth", 13);
 
-    for (auto* field : { &waveField, static_cast<ostrel::widgets::FieldBox*> (&subRouteField), &subLevelField, &dirtField,
-                         static_cast<ostrel::widgets::FieldBox*> (&colourField), static_cast<ostrel::widgets::FieldBox*> (&noiseRouteField),
-                         &noiseLevelField })
+    subOctaveChoice.setJustification (33);
+    subOctaveChoice.setCompact (true);
+    subOctaveField.setCompact (true);
+    subOctaveField.setContent (&subOctaveChoice);
+    subSemitoneChip.setArrowsVisible (false);
+    subSemitoneChip.setValueFormatter ([] (double v) { return formatSignedInt (juce::roundToInt (v), true, false) + " st"; });
+    subSemitoneChip.setTooltip ("Sub coarse pitch in semitones, on top of its octave.");
+    subFineChip.setArrowsVisible (false);
+    subFineChip.setValueFormatter ([] (double v) { return formatSigned (v, 1, false, true, false) + " c"; });
+    subFineChip.setTooltip ("Sub fine pitch in cents.");
+    for (auto* c : std::initializer_list<juce::Component*> { &subOctaveField, &subSemitoneChip, &subFineChip, &subDcwField })
+        addChildComponent (c);
+    subFace.onFlip = [this] (bool second) { showSubFace (second); };
+    subFace.setTooltip ("Show the sub's tuning and DCW, or go back to its wave, route and levels.");
+    addAndMakeVisible (subFace);
+
+    for (auto* field : std::initializer_list<ostrel::widgets::FieldBox*> { &waveField, &subRouteField, &subLevelField, &dirtField,
+                                                                          &colourField, &noiseRouteField, &noiseLevelField })
     {
         field->setCompact (true);
         addAndMakeVisible (*field);
@@ -231,7 +253,15 @@ void SourceUtilityStrip::syncWave()
 {
     const juce::ScopedValueSetter<bool> guard (syncingWave, true);
     waveChoice.setSelectedId (waveIdFromParameters(), juce::dontSendNotification);
+    updateSubDcwDimming();
     repaint();
+}
+
+void SourceUtilityStrip::updateSubDcwDimming()
+{
+    // The sine sub has no phase distortion to set.
+    const bool heard = indexOf (state.getParameter ("subMode")) == 1;
+    subDcwField.setAlpha ((subMuted ? 0.42f : 1.0f) * (heard ? 1.0f : 0.4f));
 }
 
 void SourceUtilityStrip::updateSubMuting()
@@ -241,8 +271,10 @@ void SourceUtilityStrip::updateSubMuting()
     if (muted == subMuted && mutingKnown)
         return;
     subMuted = muted;
-    for (auto* c : std::initializer_list<juce::Component*> { &subFrame, &subTitle, &waveField, &subRouteField, &subLevelField, &dirtField })
+    for (auto* c : std::initializer_list<juce::Component*> { &subFrame, &subTitle, &waveField, &subRouteField, &subLevelField, &dirtField,
+                                                             &subOctaveField, &subSemitoneChip, &subFineChip, &subFace })
         c->setAlpha (muted ? 0.42f : 1.0f);
+    updateSubDcwDimming();
 }
 
 void SourceUtilityStrip::updateNoiseMuting()
@@ -254,6 +286,14 @@ void SourceUtilityStrip::updateNoiseMuting()
     noiseMuted = muted;
     for (auto* c : std::initializer_list<juce::Component*> { &noiseFrame, &noiseTitle, &colourField, &noiseRouteField, &noiseLevelField })
         c->setAlpha (muted ? 0.42f : 1.0f);
+}
+
+void SourceUtilityStrip::showSubFace (bool second)
+{
+    for (auto* c : std::initializer_list<juce::Component*> { &waveField, &subRouteField, &subLevelField, &dirtField })
+        c->setVisible (! second);
+    for (auto* c : std::initializer_list<juce::Component*> { &subOctaveField, &subSemitoneChip, &subFineChip, &subDcwField })
+        c->setVisible (second);
 }
 
 void SourceUtilityStrip::resized()
@@ -278,6 +318,8 @@ void SourceUtilityStrip::resized()
         }
     };
     column (subFrame.getX(), { &waveField, &subRouteField, &subLevelField, &dirtField });
+    column (subFrame.getX(), { &subOctaveField, &subSemitoneChip, &subFineChip, &subDcwField });
+    subFace.setBounds (subFrame.getX() + 8, y + 282, 80, 22);
     column (noiseFrame.getX(), { &colourField, &noiseRouteField, &noiseLevelField });
 }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/widgets/CardFaces.h"
 #include "widgets/Widgets.h"
 
 #include <juce_audio_processors/juce_audio_processors.h>
@@ -26,7 +27,7 @@ public:
 
     void resized() override;
 
-    // The combo box id that stands for the present sub mode and wave; 11 (no item) for respulse.
+    // The combo box id that stands for the present sub mode and wave: 1 for the sine, else the wave + 2.
     int waveIdFromParameters() const;
     // The segmented control that shows the noise route, a float, as two cells.
     ostrel::widgets::SegmentedControl* noiseRouteSegments() const;
@@ -44,9 +45,17 @@ public:
     ostrel::widgets::SegmentField colourField { "COLOUR", nullptr };
     std::unique_ptr<FloatEndpointSegmentedControl> noiseRouteControl;
     ostrel::widgets::SegmentField noiseRouteField { "ROUTE", nullptr };
-    ostrel::widgets::FieldBox subLevelField { "LEVEL" }, dirtField { "DIRT" }, noiseLevelField { "LEVEL" };
     ostrel::widgets::Knob subLevelKnob { ostrel::widgets::KnobSize::Mini }, dirtKnob { ostrel::widgets::KnobSize::Mini },
-        noiseLevelKnob { ostrel::widgets::KnobSize::Mini };
+        noiseLevelKnob { ostrel::widgets::KnobSize::Mini }, subDcwKnob { ostrel::widgets::KnobSize::Mini };
+    KnobValueField subLevelField { "LEVEL", subLevelKnob }, dirtField { "DIRT", dirtKnob }, noiseLevelField { "LEVEL", noiseLevelKnob },
+        subDcwField { "DCW", subDcwKnob };
+
+    // The sub's second face: its tuning and its DCW, set once per sound.
+    FaceToggle subFace { "TUNE" };
+    ostrel::widgets::ChoiceDropdown subOctaveChoice;
+    ostrel::widgets::FieldBox subOctaveField { "OCTAVE" };
+    ostrel::widgets::ValueChip subSemitoneChip, subFineChip;
+    void showSubFace (bool second);
 
 private:
     void parameterChanged (const juce::String& parameterId, float) override;
@@ -55,6 +64,7 @@ private:
     void syncWave();
     void updateSubMuting();
     void updateNoiseMuting();
+    void updateSubDcwDimming();
 
     bool syncingWave = false;
     bool subMuted = false, noiseMuted = false;

@@ -39,7 +39,18 @@ VoiceFilterPanel::VoiceFilterPanel (juce::AudioProcessorValueTreeState& s, Morva
         { phaseKnob, "PHASE", "phaseMix", 26, phaseAttachment },
         { notchKnob, "NOTCH", "phaseNotch", 27, notchAttachment },
         { envKnob, "ENV", "filterEnvAmount", 15, envAttachment },
+        { stereoKnob, "STEREO", "phaseStereo", 0, stereoAttachment },
+        { velKnob, "VEL", "velToFilterEnv", 0, velAttachment },
     };
+    cutoffKnob.setTooltip ("Filter cut-off frequency.");
+    resoKnob.setTooltip ("Filter resonance.");
+    phaseKnob.setTooltip ("Phase model: how much of the notched signal is mixed in.");
+    notchKnob.setTooltip ("Phase model: depth of its three notches.");
+    stereoKnob.setTooltip ("Phase model: moves the notches apart between left and right.");
+    envKnob.setTooltip ("How far the filter envelope sweeps the cut-off, in semitones.");
+    velKnob.setTooltip ("How much the note's velocity scales the filter envelope's sweep.");
+    stereoKnob.setValueFormatter ([] (double v) { return formatPercent (v, true); });
+    velKnob.setValueFormatter ([] (double v) { return formatPercent (v, true); });
     cutoffKnob.setValueFormatter ([] (double v) {
         return v < 1000.0 ? juce::String (juce::roundToInt (v)) + " Hz" : juce::String (v / 1000.0, 1) + " kHz";
     });
@@ -52,19 +63,26 @@ VoiceFilterPanel::VoiceFilterPanel (juce::AudioProcessorValueTreeState& s, Morva
         if (state.getParameter (binding.parameterId) == nullptr)
             continue;
         binding.attachment = std::make_unique<juce::AudioProcessorValueTreeState::SliderAttachment> (state, binding.parameterId, binding.knob);
-        matrix::wireKnob (binding.knob, processor, binding.parameterId, binding.destination);
+        if (binding.destination > 0)
+            matrix::wireKnob (binding.knob, processor, binding.parameterId, binding.destination);
     }
-    for (auto* knob : { &cutoffKnob, &resoKnob, &phaseKnob, &notchKnob })
-        addChildComponent (knob);
-    cutoffKnob.setVisible (true);
-    resoKnob.setVisible (true);
-    envelope.setExtraKnob (&envKnob);
+    for (auto* knob : { &cutoffKnob, &resoKnob, &phaseKnob, &notchKnob, &stereoKnob })
+        addAndMakeVisible (knob);
+    envKnobs.addAndMakeVisible (envKnob);
+    envKnobs.addAndMakeVisible (velKnob);
+    envKnob.setBounds (0, 0, 44, 96);
+    velKnob.setBounds (48, 0, 44, 96);
+    envelope.setExtraKnob (&envKnobs, 92);
 
     // The ENV knob lives inside the envelope editor, whose dimming it already inherits.
-    for (juce::Component* c : std::initializer_list<juce::Component*> { &responseStrip, &envelope, &modelChoice, &cutoffKnob,
-                                                                        &resoKnob, &phaseKnob, &notchKnob })
+    // The phase model's knobs are dimmed apart from the panel's switch, on the other models.
+    for (juce::Component* c : std::initializer_list<juce::Component*> { &responseStrip, &envelope, &modelChoice, &cutoffKnob, &resoKnob })
         addDimmedChild (c);
-    enableButton.onToggled = [this] (bool on) { setActive (on); };
+    enableButton.onToggled = [this] (bool on)
+    {
+        setActive (on);
+        updatePhaserControls();
+    };
     setHeaderControl (&enableButton, 36);
     setActive (enableButton.getToggleState());
 
@@ -78,13 +96,11 @@ void VoiceFilterPanel::updatePhaserControls()
 {
     auto* model = state.getRawParameterValue ("filterModel");
     const bool shown = model != nullptr && model->load() >= 2.5f;
-    phaseKnob.setVisible (shown);
-    notchKnob.setVisible (shown);
-    if (shown != phaserControlsShown)
-    {
-        phaserControlsShown = shown;
-        resized();
-    }
+    phaserControlsShown = shown;
+    const float alpha = (shown ? 1.0f : 0.4f) * (isActive() ? 1.0f : 0.4f);
+    for (auto* knob : { &phaseKnob, &notchKnob, &stereoKnob })
+        if (knob->getAlpha() != alpha)
+            knob->setAlpha (alpha);
 }
 
 void VoiceFilterPanel::resized()
@@ -96,14 +112,11 @@ void VoiceFilterPanel::resized()
     modelChoice.setBounds (row.getRight() - choiceWidth, 12, choiceWidth, 22);
     getTitle().setBounds (row.withTrimmedRight (std::min (row.getWidth(), choiceWidth + 8)));
 
-    // Four knobs at the two-knob pitch would run into the envelope's ENV knob, so the group
-    // narrows to the strip's width; both groups are centred under the strip.
-    const int pitch = phaserControlsShown ? 42 : 48;
-    const int count = phaserControlsShown ? 4 : 2;
-    const int x0 = 16 + (172 - (44 + pitch * (count - 1))) / 2;
-    Knob* knobs[] = { &cutoffKnob, &resoKnob, &phaseKnob, &notchKnob };
-    for (int i = 0; i < count; ++i)
-        knobs[i]->setBounds (x0 + pitch * i, 216, 44, 96);
+    // Five knobs under the strip: the two of every model, then the phase model's three, which
+    // stay in place and are dimmed on the other models.
+    Knob* knobs[] = { &cutoffKnob, &resoKnob, &phaseKnob, &notchKnob, &stereoKnob };
+    for (int i = 0; i < 5; ++i)
+        knobs[i]->setBounds (14 + 42 * i, 216, 44, 96);
 
     responseStrip.setBounds (16, 62, 172, 126);
     envelope.setBounds (232, 62, 280, 234);

@@ -34,6 +34,8 @@ public:
     ostrel::widgets::Knob& getPhaseKnob() noexcept { return phaseKnob; }
     ostrel::widgets::Knob& getNotchKnob() noexcept { return notchKnob; }
     ostrel::widgets::Knob& getEnvKnob() noexcept { return envKnob; }
+    ostrel::widgets::Knob& getStereoKnob() noexcept { return stereoKnob; }
+    ostrel::widgets::Knob& getVelocityKnob() noexcept { return velKnob; }
     bool arePhaserControlsShown() const noexcept { return phaserControlsShown; }
 
 private:
@@ -46,9 +48,12 @@ private:
     PanelEnableButton enableButton;
     ostrel::widgets::Knob cutoffKnob { ostrel::widgets::KnobSize::Mini }, resoKnob { ostrel::widgets::KnobSize::Mini },
         phaseKnob { ostrel::widgets::KnobSize::Mini }, notchKnob { ostrel::widgets::KnobSize::Mini },
-        envKnob { ostrel::widgets::KnobSize::Mini, true };
+        envKnob { ostrel::widgets::KnobSize::Mini, true }, stereoKnob { ostrel::widgets::KnobSize::Mini, true },
+        velKnob { ostrel::widgets::KnobSize::Mini };
+    // ENV and VEL side by side, left of the envelope's knobs: both scale the envelope's sweep.
+    juce::Component envKnobs;
     std::unique_ptr<juce::AudioProcessorValueTreeState::SliderAttachment> cutoffAttachment, resoAttachment,
-        phaseAttachment, notchAttachment, envAttachment;
+        phaseAttachment, notchAttachment, envAttachment, stereoAttachment, velAttachment;
     bool phaserControlsShown = false;
 
     JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (VoiceFilterPanel)

@@ -1,5 +1,6 @@
 #include "TestHelpers.h"
 
+#include "ui/Editor.h"
 #include "ui/matrix/MatrixWiring.h"
 #include "WidgetTestSupport.h"
 
@@ -155,4 +156,54 @@ TEST (MatrixWiring, TheLiveDotFollowsTheSlotOutputsAndALearntControllerMovesTheK
     m.p.flushLearntControllers();
     juce::MessageManager::getInstance()->runDispatchLoopUntil (30);
     EXPECT_NEAR (knob.getValue(), knob.getMaximum(), 1e-6) << "the knob follows the learnt controller";
+}
+
+// Two instances with open editors in one process, as a host runs them: each editor's timer, learn
+// pulse and jump to the matrix reach its own instance only, and closing one leaves the other whole.
+TEST (MatrixWiring, TwoInstancesWithOpenEditorsAreIndependent)
+{
+    const auto dir = morvane::test::uniqueTempFile ("morvane-two");
+    dir.createDirectory();
+    MorvaneAudioProcessor a, b;
+    for (auto* p : { &a, &b })
+        p->prepareToPlay (48000.0, 256);
+    auto ea = std::make_unique<ui::Editor> (a, dir.getChildFile ("a.settings"));
+    ui::Editor eb (b, dir.getChildFile ("b.settings"));
+    auto cutoffKnob = [] (MorvaneAudioProcessor& p) -> ostrel::widgets::Knob*
+    {
+        for (auto& entry : matrix::knobRegistry (p))
+            if (entry.parameterId == "filterCutoff" && entry.knob != nullptr)
+                return entry.knob.getComponent();
+        return nullptr;
+    };
+    auto* knobA = cutoffKnob (a);
+    auto* knobB = cutoffKnob (b);
+    ASSERT_TRUE (knobA != nullptr && knobB != nullptr && knobA != knobB);
+
+    // A's LFO sweeps A's cut-off; B has no route and waits for a controller on its cut-off.
+    test::setParameters (a, { { "lfo1Rate", 8.0f }, { "lfo1Depth", 1.0f } });
+    ASSERT_TRUE (matrix::assignSourceToDestination (a, 5, 1));
+    test::setParameter (a, "mod1Amount", 1.0f);
+    knobB->handleMenuResult (ostrel::widgets::Knob::menuMidiLearn);
+    juce::AudioBuffer<float> buffer (2, 256);
+    juce::MidiBuffer midi;
+    midi.addEvent (juce::MidiMessage::noteOn (1, 40, 1.0f), 0);
+    for (int block = 0; block < 40; ++block)
+    {
+        a.processBlock (buffer, midi);
+        midi.clear();
+        b.processBlock (buffer, midi);
+        juce::MessageManager::getInstance()->runDispatchLoopUntil (5);
+    }
+    EXPECT_TRUE (knobA->isModulated());
+    EXPECT_FALSE (knobB->isModulated()) << "A's slots never reach B's rings";
+    EXPECT_EQ (knobB->getLivePosition(), 0.5);
+    EXPECT_TRUE (knobB->isMidiLearnPending()) << "A's timer leaves B's learn alone";
+    EXPECT_TRUE (b.isMidiLearnTarget ("filterCutoff"));
+
+    // Closing A leaves B's jump to the matrix in place.
+    ea.reset();
+    knobB->handleMenuResult (ostrel::widgets::Knob::menuReveal);
+    EXPECT_EQ (eb.getActiveView(), (int) ui::Editor::matrixView);
+    dir.deleteRecursively();
 }

@@ -1,5 +1,6 @@
 // The knob's conversations with its host: context menu, clipboard, typed values, source drops.
 #include "Knob.h"
+#include "ValueParse.h"
 
 #include <cmath>
 
@@ -57,6 +58,7 @@ juce::PopupMenu Knob::buildContextMenu() const
     menu.addItem(menuReset, "Reset to default");
     menu.addItem(menuCopy, "Copy value");
     menu.addItem(menuPaste, "Paste value");
+    menu.addItem(menuTypeValue, juce::String(juce::CharPointer_UTF8("Type a value\xe2\x80\xa6")), isEnabled());
 
     if (onRevealInMatrix)
     {
@@ -99,6 +101,9 @@ void Knob::handleMenuResult(int itemId)
             // Text that is no number reads as 0; the range clamps it like any other value.
             setValueFromUser(clipboard::pasteText().getDoubleValue());
             break;
+        case menuTypeValue:
+            showValueEntry();
+            break;
         case menuReveal:
             if (onRevealInMatrix)
                 onRevealInMatrix();
@@ -124,20 +129,27 @@ void Knob::showContextMenu()
 
 // --- typed values --------------------------------------------------------------------------
 
+std::optional<double> Knob::parseValue(const juce::String& text)
+{
+    auto parsed = valueParser ? valueParser(text)
+                              : parseDisplayedValue(text, *this, [this](double v) { return getTextFromValue(v); });
+    if (! parsed.has_value() || ! std::isfinite(*parsed))
+        return std::nullopt;
+    return juce::jlimit(getMinimum(), getMaximum(), *parsed);
+}
+
 bool Knob::applyTypedValue(const juce::String& text)
 {
-    const auto parsed = valueParser ? valueParser(text) : parseTypedValue(text, getMinimum(), getMaximum());
-    if (! parsed.has_value() || ! std::isfinite(*parsed))
+    const auto parsed = parseValue(text);
+    if (! parsed.has_value())
         return false;
-    setValueFromUser(*parsed);
+    // The text as shown, accepted unchanged, is no edit.
+    if (*parsed != getValue())
+        setValueFromUser(*parsed);
     return true;
 }
 
-double Knob::getValueFromText(const juce::String& text)
-{
-    const auto parsed = valueParser ? valueParser(text) : parseTypedValue(text, getMinimum(), getMaximum());
-    return parsed.has_value() && std::isfinite(*parsed) ? juce::jlimit(getMinimum(), getMaximum(), *parsed) : getValue();
-}
+double Knob::getValueFromText(const juce::String& text) { return parseValue(text).value_or(getValue()); }
 
 void Knob::showValueEntry()
 {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "audio/BitCrusher.h"
+#include "audio/EditHistory.h"
 #include "audio/ModFx.h"
 #include "audio/PlateReverb.h"
 #include "audio/StereoDelay.h"
@@ -86,6 +87,7 @@ public:
     float getCpuPercent() const noexcept { return cpuPercent.load(); }
     juce::AudioProcessorValueTreeState& getParameterTree() noexcept { return parameters; }
     juce::UndoManager& getUndoManager() noexcept { return undoManager; }
+    EditHistory& getEditHistory() noexcept { return editHistory; }
 
     const VoiceEngine& getEngine() const noexcept { return engine; }
     int getHeldCount() const noexcept { return heldCount; }
@@ -117,6 +119,7 @@ private:
 
     juce::UndoManager undoManager { 30000, 30 };
     juce::AudioProcessorValueTreeState parameters;
+    EditHistory editHistory { parameters, undoManager };
     VoiceEngine engine;
 
     StereoDelay delay;

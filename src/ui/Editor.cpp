@@ -222,6 +222,12 @@ bool Editor::keyPressed (const juce::KeyPress& key)
         setDisplayScale (1.0f);
         return true;
     }
+    if (is ('z') || is ('Z') || is ('y') || is ('Y'))
+    {
+        const bool redo = code == 'Y' || code == 'y' || ch == 'y' || ch == 'Y' || mods.isShiftDown();
+        redo ? redoEdit() : undoEdit();
+        return true;
+    }
     if (mods.isShiftDown() && (is ('G') || is ('g')))
     {
         debugGrid = ! debugGrid;

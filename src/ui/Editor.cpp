@@ -336,8 +336,7 @@ void Editor::timerCallback()
     header.setOutputLevel (processor.getPeakDb());
     matrix::refreshKnobs (processor);
 
-    if (processor.getSampleRate() > 0.0)
-        footer.setSampleRate (processor.getSampleRate());
+    footer.setSampleRate (processor.getSampleRate());
     footer.setCpuPercent (processor.getCpuPercent());
     auto& tree = processor.getParameterTree();
     const auto* legato = tree.getRawParameterValue ("legato");

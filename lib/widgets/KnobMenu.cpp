@@ -122,7 +122,16 @@ void Knob::showContextMenu()
 {
     juce::Component::SafePointer<Knob> safe(this);
     buildContextMenu().showMenuAsync(juce::PopupMenu::Options().withTargetComponent(this), [safe](int result) {
-        if (safe != nullptr && result != 0)
+        if (safe == nullptr || result == 0)
+            return;
+        // The box must open after the menu's window has gone and the keyboard has come back to
+        // the editor's window (a window system does that asynchronously), or it loses it at once.
+        if (result == menuTypeValue)
+            juce::Timer::callAfterDelay(120, [safe] {
+                if (safe != nullptr)
+                    safe->handleMenuResult(menuTypeValue);
+            });
+        else
             safe->handleMenuResult(result);
     });
 }

@@ -114,6 +114,9 @@ Editor::Editor (MorvaneAudioProcessor& p, const juce::File& settingsFile)
     settingsPanel.setThemeName (themeName);
 
     setActiveView (canvasViewCode);
+    // The editor takes the keys itself when nothing inside it has them, so that its shortcuts
+    // (undo, scale) work after a menu or a click on the ground.
+    setWantsKeyboardFocus (true);
     startTimerHz (20);
 }
 
@@ -332,6 +335,10 @@ void Editor::setActiveView (int v)
 
 void Editor::timerCallback()
 {
+    if (auto* peer = getPeer(); peer != nullptr && peer->isFocused() && isShowing()
+                                && juce::Component::getCurrentlyFocusedComponent() == nullptr)
+        grabKeyboardFocus();
+
     header.refreshTransport();
     header.setOutputLevel (processor.getPeakDb());
     matrix::refreshKnobs (processor);

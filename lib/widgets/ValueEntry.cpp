@@ -63,18 +63,18 @@ void ValueEntryEditor::begin(juce::Rectangle<int> area, const juce::String& text
     if (isShowing())
         grabKeyboardFocus();
     focusTries = 0;
-    if (! hasKeyboardFocus(false))
-        startTimer(40);
+    startTimer(40);
 }
 
 void ValueEntryEditor::timerCallback()
 {
-    if (! editing || hasKeyboardFocus(false) || ++focusTries > 25 || ! isShowing())
+    if (! editing || ++focusTries > 25 || ! isShowing())
     {
         stopTimer();
         return;
     }
-    grabKeyboardFocus();
+    if (! hasKeyboardFocus(false))
+        grabKeyboardFocus();
 }
 
 void ValueEntryEditor::end()

@@ -29,7 +29,8 @@ public:
 private:
     void focusLost(FocusChangeType) override;
     // A window that gets the keyboard back only after a menu has gone (the window system hands it
-    // over asynchronously) can't give it to the box at once: the box asks again for a moment.
+    // over asynchronously) gives it to the component that had it before the menu, without telling
+    // the box: for its first second the box takes it back.
     void timerCallback() override;
     bool editing = false;
     int focusTries = 0;

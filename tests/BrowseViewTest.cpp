@@ -117,6 +117,48 @@ TEST (BrowseView, KeyboardScrollsAndLoadsAndAuditionKeepsTheIdentity)
     EXPECT_EQ (b.editor->getActiveView(), 0);
 }
 
+TEST (BrowseView, AuditionSoundsAndLeavingWithoutLoadBringsThePatchBack)
+{
+    Browser b;
+    auto& impl = b.impl();
+    auto& p = b.processor;
+    p.prepareToPlay (48000.0, 256);
+    juce::AudioBuffer<float> buffer (2, 256);
+    juce::MidiBuffer midi;
+    auto& s = p.getParameterTree();
+    setReal (s, "filterCutoff", 345.0f);
+    settle();
+    const auto name = p.getPresetName();
+    const bool dirty = p.isPresetDirty();
+
+    auto pressAudition = [&] (int row) { impl.list.mouseDown (mouseAt (impl.list, { 500, impl.list.rowTop (row) + 40 })); };
+    pressAudition (1);
+    p.processBlock (buffer, midi);
+    EXPECT_FALSE (p.getEngine().isIdle()) << "the entry plays";
+    EXPECT_NE (real (s, "filterCutoff"), 345.0f);
+    pressAudition (2);
+    p.processBlock (buffer, midi);
+    EXPECT_EQ (impl.list.auditionRow, 2);
+    EXPECT_EQ (p.getHeldCount(), 1) << "the next entry takes over the note";
+
+    EXPECT_TRUE (b.editor->getBrowseView().keyPressed (juce::KeyPress (juce::KeyPress::escapeKey)));
+    p.processBlock (buffer, midi);
+    EXPECT_EQ (p.getHeldCount(), 0) << "leaving releases the note";
+    EXPECT_FLOAT_EQ (real (s, "filterCutoff"), 345.0f) << "and brings the patch back";
+    EXPECT_EQ (p.getPresetName(), name);
+    EXPECT_EQ (p.isPresetDirty(), dirty);
+
+    // With LOAD the auditioned sound stays, and so it does when stopped and then loaded.
+    b.editor->setActiveView (Editor::browserView);
+    pressAudition (3);
+    impl.list.selectedRow = 3;
+    impl.loadRow (3);
+    p.processBlock (buffer, midi);
+    EXPECT_EQ (p.getHeldCount(), 0);
+    EXPECT_EQ (p.getPresetSource(), "factory:" + impl.list.rows[3]->xml);
+    EXPECT_NE (real (s, "filterCutoff"), 345.0f);
+}
+
 TEST (BrowseView, FavouritesAreKeptInTheSettingsFile)
 {
     Browser b;
@@ -128,7 +170,16 @@ TEST (BrowseView, FavouritesAreKeptInTheSettingsFile)
     EXPECT_TRUE (b.editor->getSettings()->getBoolValue ("fav_" + xml));
     juce::PropertiesFile reread (b.dir.getChildFile ("Morvane.settings"), {});
     EXPECT_TRUE (reread.getBoolValue ("fav_" + xml)) << "written at once";
+    const auto& favourites = impl.sidebar.rows[Sidebar::favouritesRow];
+    EXPECT_EQ (favourites.name, "FAVOURITES");
+    EXPECT_EQ (favourites.count, 1) << "the row follows the star at once";
+    impl.sidebar.mouseDown (mouseAt (impl.sidebar, Sidebar::rowBox (Sidebar::favouritesRow).getCentre()));
+    ASSERT_EQ (impl.list.rows.size(), 1u);
+    EXPECT_EQ (impl.list.rows[0]->xml, xml);
+
     impl.detail.favouriteButton.triggerClick();
     settle();
     EXPECT_FALSE (b.editor->getSettings()->getBoolValue ("fav_" + xml, true));
+    EXPECT_EQ (favourites.count, 0);
+    EXPECT_TRUE (impl.list.rows.empty());
 }

@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 using namespace morvane;
 using namespace morvane::test;
 using namespace morvane::ui::widgets;
@@ -154,7 +156,7 @@ TEST (CanvasOscFilter, ModulationBadgeShowsTheStrongerRoute)
     EXPECT_EQ (card.getModBadge().getText(), "LFO 1+50");
 }
 
-TEST (CanvasOscFilter, DetuneUnitSwitchConvertsAndRebinds)
+TEST (CanvasOscFilter, DetuneConvertsOnlyWhenTheUserSwitchesTheUnit)
 {
     MorvaneAudioProcessor p;
     auto& s = p.getParameterTree();
@@ -162,21 +164,28 @@ TEST (CanvasOscFilter, DetuneUnitSwitchConvertsAndRebinds)
     bar.setBounds (0, 0, 204, 312);
     EXPECT_EQ (bar.getBoundDetuneId(), "osc2Detune");
     setReal (s, "osc2Detune", 30.0f);
-    setReal (s, "detuneMode", 1.0f);
-    settle();
+    bar.switchDetuneUnit (1);
     EXPECT_EQ (bar.getBoundDetuneId(), "osc2DetuneHz");
     EXPECT_NEAR (real (s, "osc2DetuneHz"), (std::pow (2.0f, 30.0f / 1200.0f) - 1.0f) * 440.0f, 0.01f);
     EXPECT_EQ (bar.getDetuneKnob().getTextFromValue (7.7), "+7.7 Hz");
-    setReal (s, "detuneMode", 0.0f);
-    settle();
+    bar.switchDetuneUnit (0);
     EXPECT_EQ (bar.getBoundDetuneId(), "osc2Detune");
     EXPECT_NEAR (real (s, "osc2Detune"), 30.0f, 0.05f);
     EXPECT_EQ (bar.getDetuneKnob().getTextFromValue (30.2), "+30 ct");
-
     setReal (s, "osc2Detune", 100.0f);
-    setReal (s, "detuneMode", 1.0f);
-    settle();
+    bar.switchDetuneUnit (1);
     EXPECT_FLOAT_EQ (real (s, "osc2DetuneHz"), 20.0f);
+
+    // A load (or the host) that changes the unit rebinds the knob and converts nothing.
+    for (auto [mode, cents, hertz] : { std::tuple { 0, 7.0f, 0.6f }, { 1, -12.0f, 0.6f }, { 0, 25.0f, -3.5f } })
+    {
+        p.applyPresetXml (presetXml ({ { "detuneMode", mode }, { "osc2Detune", cents }, { "osc2DetuneHz", hertz } }));
+        settle();
+        EXPECT_EQ (bar.getBoundDetuneId(), mode > 0 ? "osc2DetuneHz" : "osc2Detune") << mode;
+        EXPECT_NEAR (real (s, "osc2Detune"), cents, 1e-4f) << mode;
+        EXPECT_NEAR (real (s, "osc2DetuneHz"), hertz, 1e-4f) << mode;
+        EXPECT_FALSE (p.isPresetDirty()) << mode;
+    }
 }
 
 TEST (CanvasOscFilter, ResponseCurveFallsAboveCutoffAndNotchesForThePhaseModel)

@@ -2,7 +2,10 @@
 #include "EditorTestSupport.h"
 #include "TestHelpers.h"
 
+#include "EditorTestSupport.h"
 #include "snapshot/Snapshot.h"
+#include "ui/matrix/MatrixWiring.h"
+#include "widgets/Widgets.h"
 #include "ui/Editor.h"
 #include "ui/theme/Themes.h"
 #include "ui/theme/Tokens.h"
@@ -49,6 +52,41 @@ struct TempSettings
 juce::KeyPress ctrl (int key, bool shift = false)
 {
     return juce::KeyPress (key, juce::ModifierKeys (juce::ModifierKeys::ctrlModifier | (shift ? juce::ModifierKeys::shiftModifier : 0)), 0);
+}
+
+template <typename Control>
+void collect (juce::Component& c, std::vector<Control*>& out)
+{
+    if (auto* control = dynamic_cast<Control*> (&c))
+        out.push_back (control);
+    for (auto* child : c.getChildren())
+        collect (*child, out);
+}
+
+// Every value control of the editor with its typed-value reader, by the text above or in it.
+struct ValueControl
+{
+    juce::String name;
+    juce::Slider* slider;
+    std::function<std::optional<double> (const juce::String&)> parse;
+};
+
+std::vector<ValueControl> valueControls (Editor& editor)
+{
+    std::vector<ValueControl> all;
+    std::vector<ostrel::widgets::Knob*> knobs;
+    std::vector<ostrel::widgets::ValueChip*> chips;
+    std::vector<header::HeaderValueChip*> headerChips;
+    collect (editor, knobs);
+    collect (editor, chips);
+    collect (editor, headerChips);
+    for (auto* k : knobs)
+        all.push_back ({ k->getLabel(), k, [k] (const juce::String& t) { return k->parseValue (t); } });
+    for (auto* c : chips)
+        all.push_back ({ c->getLabel(), c, [c] (const juce::String& t) { return c->parseValue (t); } });
+    for (auto* c : headerChips)
+        all.push_back ({ c->getTitle(), c, [c] (const juce::String& t) { return c->parseValue (t); } });
+    return all;
 }
 
 bool menuEntryEnabled (const juce::PopupMenu& menu, const juce::String& text)
@@ -286,10 +324,11 @@ TEST (Editor, WorkflowMenuAndPatchTools)
     EXPECT_NEAR (cutoff(), 1100.0f, 0.5f) << "linear in the parameter's own units";
     editor.recallSlot (0);
     EXPECT_NEAR (cutoff(), 200.0f, 0.05f);
+    EXPECT_FALSE (menuEntryEnabled (editor.buildWorkflowMenu(), "Undo")) << "a recall clears the history";
     editor.randomisePatch ("drive");
     EXPECT_EQ (driveOn(), 0.0f) << "randomise leaves the switches";
     EXPECT_TRUE (p.isPresetDirty());
-    EXPECT_FALSE (menuEntryEnabled (editor.buildWorkflowMenu(), "Undo")) << "a recall clears the history";
+    EXPECT_TRUE (menuEntryEnabled (editor.buildWorkflowMenu(), "Undo")) << "a randomise is one step to undo";
 
     const auto mod1 = tree.getRawParameterValue ("mod1Amount")->load();
     const auto source2 = tree.getRawParameterValue ("mod2Source")->load();
@@ -302,6 +341,105 @@ TEST (Editor, WorkflowMenuAndPatchTools)
     editor.applyMacro (0, 0.5f, widgets::StatusFooter::MacroGesture::end);
     EXPECT_NEAR (tree.getRawParameterValue ("drive")->load(), 10.0f, 0.01f);
     EXPECT_NEAR (tree.getRawParameterValue ("feedbackAmount")->load(), 0.14f, 0.001f);
+}
+
+TEST (Editor, EachEditIsOneUndoStep)
+{
+    TempSettings temp;
+    MorvaneAudioProcessor p;
+    Editor editor (p, temp.file);
+    auto values = [&p]
+    {
+        std::vector<float> v;
+        for (auto* parameter : p.getParameters())
+            v.push_back (parameter->getValue());
+        return v;
+    };
+    auto expectValues = [&] (const std::vector<float>& expected, const char* what)
+    {
+        const auto now = values();
+        for (size_t i = 0; i < now.size(); ++i)
+            EXPECT_NEAR (now[i], expected[i], 1e-5f) << what << ": " << p.getParameters()[(int) i]->getName (40);
+    };
+
+    const auto before = values();
+    test::drag (editor.getHeader().glideChip, { 48, 20 }, { { 48, 10 }, { 48, 0 }, { 48, -20 } });
+    const auto afterDrag = values();
+    editor.getHeader().legatoButton.triggerClick();
+    test::settle();
+    const auto afterClick = values();
+    ASSERT_TRUE (matrix::assignSourceToDestination (p, 5, 14)); // source, destination and amount in one drop
+    const auto afterDrop = values();
+    ASSERT_NE (before, afterDrag);
+    ASSERT_NE (afterDrag, afterClick);
+    ASSERT_NE (afterClick, afterDrop);
+
+    EXPECT_TRUE (editor.keyPressed (ctrl ('Z')));
+    expectValues (afterClick, "undo of the drop");
+    editor.undoEdit();
+    expectValues (afterDrag, "undo of the click");
+    EXPECT_TRUE (editor.keyPressed (ctrl ('Z')));
+    expectValues (before, "undo of the drag");
+    EXPECT_TRUE (editor.keyPressed (ctrl ('Z', true)));
+    expectValues (afterDrag, "redo");
+    EXPECT_TRUE (editor.keyPressed (ctrl ('Y')));
+    expectValues (afterClick, "redo");
+}
+
+TEST (Editor, TypedValuesReadWhatTheDisplayShows)
+{
+    TempSettings temp;
+    MorvaneAudioProcessor p;
+    Editor editor (p, temp.file);
+    const auto controls = valueControls (editor);
+    ASSERT_GT (controls.size(), 30u);
+
+    // Each control's text, at five points of its range, reads back to a value shown the same way.
+    for (const auto& c : controls)
+        for (double proportion : { 0.0, 0.2, 0.5, 0.8, 1.0 })
+        {
+            const double v = c.slider->proportionOfLengthToValue (proportion);
+            const auto shown = c.slider->getTextFromValue (v);
+            const auto parsed = c.parse (shown);
+            ASSERT_TRUE (parsed.has_value()) << c.name << " " << shown;
+            EXPECT_EQ (c.slider->getTextFromValue (*parsed), shown) << c.name << " at " << proportion;
+        }
+
+    // Names repeat across cards; the one whose text carries the unit is meant.
+    auto find = [&] (const juce::String& name, const juce::String& unit) -> const ValueControl&
+    {
+        for (const auto& c : controls)
+            if (c.name == name && c.slider->getTextFromValue (c.slider->getMaximum()).contains (unit))
+                return c;
+        ADD_FAILURE() << "no control " << name;
+        return controls.front();
+    };
+    // nullopt: refused; +-1e300: the end of the range. The first "A" row starts from "5ms".
+    constexpr double top = 1e300;
+    const struct { const char* control; const char* unit; const char* typed; std::optional<double> expected; double tolerance; } rows[] = {
+        { "A", "s", "5ms", 0.005, 1e-6 },           { "A", "s", "250 ms", 0.25, 1e-9 },
+        { "A", "s", "0.5 s", 0.5, 1e-9 },           { "A", "s", "2", 0.002, 1e-9 },
+        { "A", "s", "900 s", top, 0 },            { "A", "s", "fast", std::nullopt, 0 },
+        { "A", "s", "3 Hz", std::nullopt, 0 },      { "CUTOFF", "Hz", "1.2 kHz", 1200.0, 1e-6 },
+        { "CUTOFF", "Hz", "440", 440.0, 1e-6 },          { "CUTOFF", "Hz", "5 Hz", 20.0, 1e-3 },
+        { "RESO", "%", "40%", 0.4, 1e-6 },               { "RESO", "%", "0.4", 0.004, 1e-6 },
+        { "ENV", "dB", "-6 dB", -6.0, 1e-6 },            { "SEMI", "st", "+7 st", 7.0, 0 },
+        { "SEMI", "st", "7.4", 7.0, 0 },                 { "SEMI", "st", "-30", -12.0, 0 },
+        { "Octave", "", "+1", 3.0, 0 },                  { "Octave", "", "-2", 0.0, 0 },
+        { "Glide amount", "s", "250 ms", 0.25, 1e-6 },   { "Glide amount", "s", "1.5 s", 1.5, 1e-6 },
+        { "Master volume", "dB", "-inf", -60.0, 0 },     { "Master volume", "dB", "-12 dB", -12.0, 1e-6 },
+        { "Master volume", "dB", "", std::nullopt, 0 },   { "Master volume", "dB", "-1e9 dB", -60.0, 0 },  { "PHASE", "\xc2\xb0", "+90" "\xc2\xb0", 90.0, 1e-6 },
+    };
+    for (const auto& r : rows)
+    {
+        const auto& c = find (r.control, juce::CharPointer_UTF8 (r.unit));
+        if (juce::String (r.typed) == "5ms")
+            c.slider->setValue (0.005, juce::sendNotificationSync);
+        const auto parsed = c.parse (juce::CharPointer_UTF8 (r.typed));
+        ASSERT_EQ (parsed.has_value(), r.expected.has_value()) << r.control << " " << r.typed;
+        if (r.expected)
+            EXPECT_NEAR (*parsed, *r.expected == top ? c.slider->getMaximum() : *r.expected, r.tolerance) << r.control << " " << r.typed;
+    }
 }
 
 TEST (Editor, NoAllocationInProcessBlockOrHostAutomationWhileTheEditorRuns)

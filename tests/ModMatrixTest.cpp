@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 using namespace morvane;
 using namespace morvane::test;
 
@@ -163,8 +165,13 @@ TEST (ModLabels, SourceAndDestinationNamesFollowTheTables)
     EXPECT_EQ (sourceUpperName (2), "");
     EXPECT_EQ (sourceChipLabel (13), "");
     // Names not in the table stand for themselves, in capitals.
-    for (auto [name, shortName] : { std::pair { " mod wheel ", "MW" }, { "dcw env osc 2", "DCW2" }, { "lfo 1", "LFO 1" }, { "key", "KEY" } })
+    // The card's label keeps an unknown name whole; the route badges' short name keeps its first word.
+    for (auto [name, label, shortName] : { std::tuple { " mod wheel ", "MW", "MW" }, { "dcw env osc 2", "DCW2", "DCW2" },
+                                           { "lfo 1", "LFO 1", "LFO" }, { "key", "KEY", "KEY" } })
+    {
+        EXPECT_EQ (shortSourceLabel (name), label) << name;
         EXPECT_EQ (shortSourceName (name), shortName) << name;
+    }
     for (auto [destination, label] : { std::pair { 10, "O2 DETUNE" }, { 11, "O2 HZ" }, { 15, "FENV" }, { 20, "NOISE" }, { 6, "SUB" },
                                        { 14, "RES" }, { 19, "OUT" }, { 21, "O1 PW" }, { 34, "EQ NOTCH HZ" }, { 35, "" } })
         EXPECT_EQ (destinationShortLabel (destination), label) << destination;

@@ -111,7 +111,8 @@ TEST_F(KnobFixture, TypedValuesAreRefusedOrClamped)
 {
     knob.setRange(-12.0, 12.0, 0.0);
     const struct { const char* text; bool accepted; double expected; } rows[] = {
-        { "3.5", true, 3.5 }, { " -2 dB ", true, -2.0 }, { "40", true, 12.0 }, { "-1e9", true, -12.0 },
+        { "3.5", true, 3.5 }, { " -2 ", true, -2.0 }, { "40", true, 12.0 }, { "-1e9", true, -12.0 }, { "1.00", true, 1.0 },
+        { "-2 dB", false, 1.0 }, // no unit on show, so none is understood
         { "abc", false, 1.0 }, { "", false, 1.0 }, { "nan", false, 1.0 }, { "inf", false, 1.0 },
         { "5 apples and pears", false, 1.0 }, { "--3", false, 1.0 },
     };
@@ -122,6 +123,15 @@ TEST_F(KnobFixture, TypedValuesAreRefusedOrClamped)
         EXPECT_DOUBLE_EQ(knob.getValue(), r.expected) << r.text;
     }
     EXPECT_DOUBLE_EQ(knob.getValueFromText("junk"), 1.0);
+
+    // A double-click on the value text opens the entry instead of resetting.
+    knob.setDoubleClickReturnValue(true, 0.0);
+    knob.setValue(1.0);
+    mouse.doubleClick({ 48.0f, 80.0f });
+    EXPECT_TRUE(knob.isEditingValue());
+    EXPECT_DOUBLE_EQ(knob.getValue(), 1.0);
+    knob.mouseDown(mouse.event(centre(), {}));
+    knob.mouseUp(mouse.event(centre(), {}));
 
     // Return opens the entry; an unshown knob keeps it hidden from focus but it still edits.
     EXPECT_TRUE(knob.keyPressed(juce::KeyPress(juce::KeyPress::returnKey)));
@@ -201,14 +211,17 @@ TEST_F(KnobFixture, DroppedSourceDescriptionsReachTheHandler)
 
 TEST_F(KnobFixture, MenuEntriesFollowTheInstalledCallbacks)
 {
-    EXPECT_EQ(menuTexts(knob.buildContextMenu()), juce::StringArray({ "Reset to default", "Copy value", "Paste value" }));
+    const juce::String typeValue(juce::CharPointer_UTF8("Type a value\xe2\x80\xa6"));
+    EXPECT_EQ(menuTexts(knob.buildContextMenu()), juce::StringArray("Reset to default", "Copy value", "Paste value", typeValue));
+    knob.handleMenuResult(Knob::menuTypeValue);
+    EXPECT_TRUE(knob.isEditingValue());
 
     int chosen = 0, learns = 0, reveals = 0, removes = 0, extras = 0;
     juce::String status;
     knob.setModulationSources({ "Velocity", "LFO" }, [&](int i) { chosen = i; });
     knob.setMidiLearnHandler([&] { ++learns; });
     EXPECT_EQ(menuTexts(knob.buildContextMenu()),
-              juce::StringArray({ "Modulate from", "Velocity", "LFO", "MIDI learn", "Reset to default", "Copy value", "Paste value" }));
+              juce::StringArray("Modulate from", "Velocity", "LFO", "MIDI learn", "Reset to default", "Copy value", "Paste value", typeValue));
 
     knob.setModulationStatus([&] { return status; }, [&] { ++removes; });
     knob.setRevealHandler([&] { ++reveals; });
@@ -216,9 +229,9 @@ TEST_F(KnobFixture, MenuEntriesFollowTheInstalledCallbacks)
     knob.setMidiLearnPending(true);
     status = "LFO 40 %";
     EXPECT_EQ(menuTexts(knob.buildContextMenu()),
-              juce::StringArray({ "LFO 40 %", "Modulate from", "Velocity", "LFO", "Remove modulation", "--",
-                                  "Cancel MIDI learn", "Reset to default", "Copy value", "Paste value", "--",
-                                  "Reveal in matrix", "--", "Extra" }));
+              juce::StringArray("LFO 40 %", "Modulate from", "Velocity", "LFO", "Remove modulation", "--",
+                                "Cancel MIDI learn", "Reset to default", "Copy value", "Paste value", typeValue, "--",
+                                "Reveal in matrix", "--", "Extra"));
     EXPECT_TRUE(knob.isAnimating()) << "learn pulses the arc";
     knob.setMidiLearnPending(false);
     EXPECT_FALSE(knob.isAnimating());

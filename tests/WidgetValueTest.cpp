@@ -27,10 +27,11 @@ TEST(WidgetValueChip, TypedValuesDragAndArrows)
     ValueChip chip(host.state, "cutoff", "Cutoff");
     EXPECT_EQ(chip.getWidth(), 96);
     EXPECT_EQ(chip.getTitle(), "Cutoff");
-    EXPECT_TRUE(chip.getVelocityBasedMode());
+    EXPECT_FALSE(chip.getVelocityBasedMode()) << "an absolute drag";
 
     const struct { const char* text; bool accepted; float expected; } rows[] = {
-        { "440", true, 440.0f }, { "25000 Hz", true, 20000.0f }, { "3", true, 20.0f }, { "loud", false, 1000.0f },
+        { "440", true, 440.0f }, { "25000", true, 20000.0f }, { "3", true, 20.0f }, { "loud", false, 1000.0f },
+        { "25000 Hz", false, 1000.0f }, // the chip shows no unit, so a typed one means nothing to it
     };
     for (const auto& r : rows)
     {
@@ -166,8 +167,21 @@ TEST(WidgetValueChip, VerticalDragMovesTheValueUpward)
         mouse.up({ 48, 22.0f + step * 5.0f });
         return chip.getValue();
     };
-    const double raised = dragBy(-10.0f);
-    EXPECT_GT(raised, 0.5);
-    EXPECT_LE(raised, 1.0);
-    EXPECT_LT(dragBy(10.0f), raised);
+    // 250 pixels cover the range, a tenth as fast with Shift; a stepped range steps cleanly.
+    EXPECT_NEAR(dragBy(-10.0f), 0.7, 1e-9);
+    EXPECT_NEAR(dragBy(10.0f), 0.5, 1e-9);
+    mouse.down({ 48, 22 });
+    mouse.drag({ 48, -28 }, juce::ModifierKeys::shiftModifier);
+    mouse.up({ 48, -28 });
+    EXPECT_NEAR(chip.getValue(), 0.52, 1e-9);
+    chip.setRange(-12.0, 12.0, 1.0);
+    chip.setValue(0.0);
+    for (int pixels : { 10, 21, 104 })
+    {
+        chip.setValue(0.0);
+        mouse.down({ 48, 200 });
+        mouse.drag({ 48, 200.0f - (float) pixels });
+        mouse.up({ 48, 200.0f - (float) pixels });
+        EXPECT_EQ(chip.getValue(), std::round(pixels * 24.0 / 250.0)) << pixels;
+    }
 }

@@ -22,6 +22,12 @@ public:
     }
     void setValueAsString(const juce::String& newValue) override
     {
+        if (value.parse)
+        {
+            if (const auto parsed = value.parse(newValue))
+                setValue(*parsed);
+            return;
+        }
         if (newValue.trim().containsAnyOf("0123456789"))
             setValue(newValue.getDoubleValue());
     }
@@ -52,12 +58,17 @@ std::unique_ptr<juce::AccessibilityHandler> makeValueAccessibility(juce::Compone
         juce::AccessibilityHandler::Interfaces { std::make_unique<ValueInterface>(std::move(value)) });
 }
 
-std::unique_ptr<juce::AccessibilityHandler> makeSliderAccessibility(juce::Slider& slider,
-                                                                    std::function<juce::String()> text)
+std::unique_ptr<juce::AccessibilityHandler> makeSliderAccessibility(
+    juce::Slider& slider, std::function<juce::String()> text,
+    std::function<std::optional<double>(const juce::String&)> parse)
 {
     AccessibleValue access;
     access.get = [&slider] { return slider.getValue(); };
-    access.set = [&slider](double v) { slider.setValue(v, juce::sendNotificationSync); };
+    access.set = [&slider](double v) {
+        const juce::Slider::ScopedDragNotification gesture(slider);
+        slider.setValue(v, juce::sendNotificationSync);
+    };
+    access.parse = std::move(parse);
     access.text = std::move(text);
     access.range = [&slider] { return slider.getRange(); };
     access.step = slider.getInterval() > 0.0 ? slider.getInterval() : (slider.getMaximum() - slider.getMinimum()) * 0.01;

@@ -1,5 +1,6 @@
 #include "Knob.h"
 #include "Accessibility.h"
+#include "ValueParse.h"
 
 #include <cmath>
 
@@ -247,8 +248,12 @@ void Knob::paint(juce::Graphics& g)
 
     if (hasKeyboardFocus(false))
     {
+        // In the gap between the body and the value arc: out there it would hide the depth arc.
+        const float gapInner = bodyR, gapOuter = arcR - 1.5f;
+        const float width = juce::jlimit(0.75f, 2.0f, gapOuter - gapInner - 0.5f);
+        const float r = 0.5f * (gapInner + gapOuter);
         g.setColour(paletteColour(borderFocus));
-        g.drawEllipse(cx - haloR - 1.0f, cy - haloR - 1.0f, geo.haloD + 2.0f, geo.haloD + 2.0f, 2.0f);
+        g.drawEllipse(cx - r, cy - r, 2.0f * r, 2.0f * r, width);
     }
 
     const float angle = (float) valueToProportionOfLength(getValue()) * knobAngles::sweep + knobAngles::start;
@@ -300,6 +305,8 @@ void Knob::paintModulation(juce::Graphics& g, const Geometry& geo, float haloR)
 
 void Knob::setValueFromUser(double newValue)
 {
+    // A reset, a key step or a typed value is an edit of its own, as a drag is.
+    const ScopedDragNotification gesture(*this);
     setValue(juce::jlimit(getMinimum(), getMaximum(), newValue), juce::sendNotificationSync);
 }
 
@@ -385,7 +392,14 @@ void Knob::mouseUp(const juce::MouseEvent&)
     }
 }
 
-void Knob::mouseDoubleClick(const juce::MouseEvent&) { resetToDefault(); }
+void Knob::mouseDoubleClick(const juce::MouseEvent& e)
+{
+    // The value text takes a typed value; the rest of the knob resets.
+    if (valueVisible && valueRowBounds().contains(e.getPosition()))
+        showValueEntry();
+    else
+        resetToDefault();
+}
 
 void Knob::mouseWheelMove(const juce::MouseEvent& e, const juce::MouseWheelDetails& wheel)
 {
@@ -456,7 +470,8 @@ void Knob::timerCallback()
 
 std::unique_ptr<juce::AccessibilityHandler> Knob::createAccessibilityHandler()
 {
-    return makeSliderAccessibility(*this, [this] { return formattedValue(); });
+    return makeSliderAccessibility(*this, [this] { return formattedValue(); },
+                                   [this](const juce::String& text) { return parseValue(text); });
 }
 
 } // namespace ostrel::widgets

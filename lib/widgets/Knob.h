@@ -32,6 +32,7 @@ public:
         menuPaste = 5,
         menuReveal = 7,
         menuRemoveModulation = 8,
+        menuTypeValue = 9,
         menuFirstSource = 101
     };
 
@@ -77,7 +78,9 @@ public:
     void handleMenuResult(int itemId);
     void showContextMenu();
 
-    // Typed value entry: refuses text that is no number, clamps one outside the range.
+    // Typed value entry: reads what the formatter prints (units, names), clamps a value outside
+    // the range, refuses anything else and then changes nothing.
+    std::optional<double> parseValue(const juce::String& text);
     bool applyTypedValue(const juce::String& text);
     void showValueEntry();
     bool isEditingValue() const noexcept { return valueEditor.isEditing(); }

@@ -1,5 +1,6 @@
 // The knob's conversations with its host: context menu, clipboard, typed values, source drops.
 #include "Knob.h"
+#include "ValueParse.h"
 
 #include <cmath>
 
@@ -57,6 +58,7 @@ juce::PopupMenu Knob::buildContextMenu() const
     menu.addItem(menuReset, "Reset to default");
     menu.addItem(menuCopy, "Copy value");
     menu.addItem(menuPaste, "Paste value");
+    menu.addItem(menuTypeValue, juce::String(juce::CharPointer_UTF8("Type a value\xe2\x80\xa6")), isEnabled());
 
     if (onRevealInMatrix)
     {
@@ -99,6 +101,9 @@ void Knob::handleMenuResult(int itemId)
             // Text that is no number reads as 0; the range clamps it like any other value.
             setValueFromUser(clipboard::pasteText().getDoubleValue());
             break;
+        case menuTypeValue:
+            showValueEntry();
+            break;
         case menuReveal:
             if (onRevealInMatrix)
                 onRevealInMatrix();
@@ -117,27 +122,43 @@ void Knob::showContextMenu()
 {
     juce::Component::SafePointer<Knob> safe(this);
     buildContextMenu().showMenuAsync(juce::PopupMenu::Options().withTargetComponent(this), [safe](int result) {
-        if (safe != nullptr && result != 0)
+        if (safe == nullptr || result == 0)
+            return;
+        // The box must open after the menu's window has gone and the keyboard has come back to
+        // the editor's window (a window system does that asynchronously), or it loses it at once.
+        if (result == menuTypeValue)
+            juce::Timer::callAfterDelay(120, [safe] {
+                if (safe != nullptr)
+                    safe->handleMenuResult(menuTypeValue);
+            });
+        else
             safe->handleMenuResult(result);
     });
 }
 
 // --- typed values --------------------------------------------------------------------------
 
+std::optional<double> Knob::parseValue(const juce::String& text)
+{
+    auto parsed = valueParser ? valueParser(text)
+                              : parseDisplayedValue(text, *this, [this](double v) { return getTextFromValue(v); });
+    if (! parsed.has_value() || ! std::isfinite(*parsed))
+        return std::nullopt;
+    return juce::jlimit(getMinimum(), getMaximum(), *parsed);
+}
+
 bool Knob::applyTypedValue(const juce::String& text)
 {
-    const auto parsed = valueParser ? valueParser(text) : parseTypedValue(text, getMinimum(), getMaximum());
-    if (! parsed.has_value() || ! std::isfinite(*parsed))
+    const auto parsed = parseValue(text);
+    if (! parsed.has_value())
         return false;
-    setValueFromUser(*parsed);
+    // The text as shown, accepted unchanged, is no edit.
+    if (*parsed != getValue())
+        setValueFromUser(*parsed);
     return true;
 }
 
-double Knob::getValueFromText(const juce::String& text)
-{
-    const auto parsed = valueParser ? valueParser(text) : parseTypedValue(text, getMinimum(), getMaximum());
-    return parsed.has_value() && std::isfinite(*parsed) ? juce::jlimit(getMinimum(), getMaximum(), *parsed) : getValue();
-}
+double Knob::getValueFromText(const juce::String& text) { return parseValue(text).value_or(getValue()); }
 
 void Knob::showValueEntry()
 {

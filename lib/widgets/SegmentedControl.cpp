@@ -100,6 +100,12 @@ void SegmentedControl::choose(int index)
 {
     if (parameter.getIndex() == index)
         return;
+    if (onChoosing && onChoosing(index))
+    {
+        if (onChanged)
+            onChanged(index);
+        return;
+    }
     parameter.beginChangeGesture();
     parameter.setValueNotifyingHost(parameter.convertTo0to1((float) index));
     parameter.endChangeGesture();

@@ -31,6 +31,8 @@ public:
     ~SegmentedControl() override;
 
     std::function<void(int)> onChanged;
+    // Asked before a click writes its choice; returning true means the host has written it.
+    std::function<bool(int)> onChoosing;
 
     void setGapStep(int step);
     SegmentCell* getCell(int index) const;

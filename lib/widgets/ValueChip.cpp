@@ -1,5 +1,6 @@
 #include "ValueChip.h"
 #include "Accessibility.h"
+#include "ValueParse.h"
 
 namespace ostrel::widgets
 {
@@ -9,8 +10,6 @@ ValueChip::ValueChip(const juce::String& labelText) : label(labelText)
     setSliderStyle(juce::Slider::LinearVertical);
     setTextBoxStyle(juce::Slider::NoTextBox, false, 0, 0);
     setRange(0.0, 1.0, 0.0);
-    setVelocityBasedMode(true);
-    setVelocityModeParameters(0.25, 1, 0.0, false, juce::ModifierKeys::ctrlAltCommandModifiers);
     setWantsKeyboardFocus(true);
     setMouseCursor(juce::MouseCursor::UpDownResizeCursor);
     setSize(96, 44);
@@ -28,7 +27,7 @@ ValueChip::ValueChip(juce::AudioProcessorValueTreeState& state, const juce::Stri
         attachment = std::make_unique<juce::AudioProcessorValueTreeState::SliderAttachment>(state, parameterId, *this);
 }
 
-ValueChip::~ValueChip() = default;
+ValueChip::~ValueChip() { valueDrag.end(); }
 
 void ValueChip::setArrowsVisible(bool visible)
 {
@@ -54,18 +53,26 @@ juce::String ValueChip::getTextFromValue(double value)
     return valueFormatter ? valueFormatter(value) : juce::String(value, 2);
 }
 
-double ValueChip::getValueFromText(const juce::String& text)
+std::optional<double> ValueChip::parseValue(const juce::String& text)
 {
-    const auto parsed = parseTypedValue(text, getMinimum(), getMaximum());
-    return parsed.value_or(getValue());
+    const auto parsed = parseDisplayedValue(text, *this, [this](double v) { return getTextFromValue(v); });
+    if (! parsed.has_value() || ! std::isfinite(*parsed))
+        return std::nullopt;
+    return juce::jlimit(getMinimum(), getMaximum(), *parsed);
 }
+
+double ValueChip::getValueFromText(const juce::String& text) { return parseValue(text).value_or(getValue()); }
 
 bool ValueChip::applyTypedValue(const juce::String& text)
 {
-    const auto parsed = parseTypedValue(text, getMinimum(), getMaximum());
+    const auto parsed = parseValue(text);
     if (! parsed.has_value())
         return false;
-    setValue(*parsed, juce::sendNotificationSync);
+    if (*parsed != getValue())
+    {
+        const ScopedDragNotification gesture(*this);
+        setValue(*parsed, juce::sendNotificationSync);
+    }
     return true;
 }
 
@@ -97,15 +104,20 @@ void ValueChip::mouseDown(const juce::MouseEvent& e)
     valueEditor.end();
     pressed = true;
     repaint();
-    juce::Slider::mouseDown(e);
+    if (isEnabled() && ! e.mods.isPopupMenu())
+        valueDrag.begin(*this, e);
 }
 
-void ValueChip::mouseUp(const juce::MouseEvent& e)
+void ValueChip::mouseDrag(const juce::MouseEvent& e) { valueDrag.drag(*this, e); }
+
+void ValueChip::mouseUp(const juce::MouseEvent&)
 {
+    valueDrag.end();
     pressed = false;
     repaint();
-    juce::Slider::mouseUp(e);
 }
+
+void ValueChip::mouseDoubleClick(const juce::MouseEvent&) { showValueEntry(); }
 
 bool ValueChip::keyPressed(const juce::KeyPress& key)
 {
@@ -151,7 +163,8 @@ void ValueChip::paint(juce::Graphics& g)
 
 std::unique_ptr<juce::AccessibilityHandler> ValueChip::createAccessibilityHandler()
 {
-    return makeSliderAccessibility(*this, [this] { return formattedValue(); });
+    return makeSliderAccessibility(*this, [this] { return formattedValue(); },
+                                   [this](const juce::String& text) { return parseValue(text); });
 }
 
 } // namespace ostrel::widgets

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ValueDrag.h"
 #include "ValueEntry.h"
 #include "WidgetStyle.h"
 
@@ -25,7 +26,8 @@ public:
     bool isHovered() const noexcept { return hovered; }
     bool isPressed() const noexcept { return pressed; }
 
-    // Typed value entry: refuses text that is no number, clamps one outside the range.
+    // Typed value entry: reads what the formatter prints, clamps, refuses anything else.
+    std::optional<double> parseValue(const juce::String& text);
     bool applyTypedValue(const juce::String& text);
     void showValueEntry();
     bool isEditingValue() const noexcept { return valueEditor.isEditing(); }
@@ -33,7 +35,9 @@ public:
     void mouseEnter(const juce::MouseEvent&) override;
     void mouseExit(const juce::MouseEvent&) override;
     void mouseDown(const juce::MouseEvent&) override;
+    void mouseDrag(const juce::MouseEvent&) override;
     void mouseUp(const juce::MouseEvent&) override;
+    void mouseDoubleClick(const juce::MouseEvent&) override;
     void paint(juce::Graphics&) override;
     bool keyPressed(const juce::KeyPress&) override;
     juce::String getTextFromValue(double value) override;
@@ -48,6 +52,7 @@ private:
     bool pressed = false;
     std::unique_ptr<juce::AudioProcessorValueTreeState::SliderAttachment> attachment;
     ValueEntryEditor valueEditor;
+    VerticalValueDrag valueDrag;
 
     JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR(ValueChip)
 };

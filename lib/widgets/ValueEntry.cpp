@@ -62,6 +62,19 @@ void ValueEntryEditor::begin(juce::Rectangle<int> area, const juce::String& text
     setVisible(true);
     if (isShowing())
         grabKeyboardFocus();
+    focusTries = 0;
+    startTimer(40);
+}
+
+void ValueEntryEditor::timerCallback()
+{
+    if (! editing || ++focusTries > 25 || ! isShowing())
+    {
+        stopTimer();
+        return;
+    }
+    if (! hasKeyboardFocus(false))
+        grabKeyboardFocus();
 }
 
 void ValueEntryEditor::end()
@@ -69,7 +82,13 @@ void ValueEntryEditor::end()
     if (! editing)
         return;
     editing = false;
+    stopTimer();
+    const bool hadFocus = hasKeyboardFocus(false);
     setVisible(false);
+    // The keys go back to the control the value was typed for.
+    if (hadFocus)
+        if (auto* control = getParentComponent(); control != nullptr && control->isShowing())
+            control->grabKeyboardFocus();
 }
 
 void ValueEntryEditor::focusLost(FocusChangeType cause)

@@ -14,7 +14,7 @@ std::optional<double> parseTypedValue(const juce::String& text, double minimum, 
 
 // A one-line editor that a control shows over itself for typed values. It is kept and hidden
 // rather than deleted, because it ends its own edit from inside its key handler.
-class ValueEntryEditor : public juce::TextEditor
+class ValueEntryEditor : public juce::TextEditor, private juce::Timer
 {
 public:
     ValueEntryEditor();
@@ -28,7 +28,12 @@ public:
 
 private:
     void focusLost(FocusChangeType) override;
+    // A window that gets the keyboard back only after a menu has gone (the window system hands it
+    // over asynchronously) gives it to the component that had it before the menu, without telling
+    // the box: for its first second the box takes it back.
+    void timerCallback() override;
     bool editing = false;
+    int focusTries = 0;
 };
 
 // Process-wide clipboard access of the library. The default is the system clipboard; a

@@ -16,5 +16,6 @@
 #include "Tab.h"
 #include "ValueChip.h"
 #include "ValueEntry.h"
+#include "ValueParse.h"
 #include "WidgetStyle.h"
 #include "WidgetTheme.h"

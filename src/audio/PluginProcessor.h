@@ -1,6 +1,7 @@
 #pragma once
 
 #include "audio/BitCrusher.h"
+#include "audio/EditHistory.h"
 #include "audio/ModFx.h"
 #include "audio/PhraseSequencer.h"
 #include "audio/PlateReverb.h"
@@ -104,6 +105,7 @@ public:
     float getCpuPercent() const noexcept { return cpuPercent.load(); }
     juce::AudioProcessorValueTreeState& getParameterTree() noexcept { return parameters; }
     juce::UndoManager& getUndoManager() noexcept { return undoManager; }
+    EditHistory& getEditHistory() noexcept { return editHistory; }
 
     const VoiceEngine& getEngine() const noexcept { return engine; }
     int getHeldCount() const noexcept { return heldCount; }
@@ -138,6 +140,7 @@ private:
 
     juce::UndoManager undoManager { 30000, 30 };
     juce::AudioProcessorValueTreeState parameters;
+    EditHistory editHistory { parameters, undoManager };
     VoiceEngine engine;
 
     StereoDelay delay;

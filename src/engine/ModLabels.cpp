@@ -26,13 +26,20 @@ juce::String sourceId (int source) { return pick (ids, source); }
 juce::String sourceChipLabel (int source) { return pick (chips, source); }
 juce::String sourceUpperName (int source) { return pick (upper, source); }
 
-juce::String shortSourceName (const juce::String& name)
+juce::String shortSourceLabel (const juce::String& name)
 {
     const auto key = name.trim().toUpperCase();
     for (size_t i = 0; i < std::size (upper); ++i)
         if (key.isNotEmpty() && key == upper[i])
             return shorts[i];
     return key;
+}
+
+juce::String shortSourceName (const juce::String& name)
+{
+    const auto key = name.trim().toUpperCase();
+    const auto label = shortSourceLabel (key);
+    return label != key ? label : key.upToFirstOccurrenceOf (" ", false, false);
 }
 
 juce::String destinationShortLabel (int destination)

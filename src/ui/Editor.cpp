@@ -115,6 +115,9 @@ Editor::Editor (MorvaneAudioProcessor& p, const juce::File& settingsFile)
     settingsPanel.setThemeName (themeName);
 
     setActiveView (canvasViewCode);
+    // The editor takes the keys itself when nothing inside it has them, so that its shortcuts
+    // (undo, scale) work after a menu or a click on the ground.
+    setWantsKeyboardFocus (true);
     startTimerHz (20);
 }
 
@@ -222,6 +225,12 @@ bool Editor::keyPressed (const juce::KeyPress& key)
         setDisplayScale (1.0f);
         return true;
     }
+    if (is ('z') || is ('Z') || is ('y') || is ('Y'))
+    {
+        const bool redo = code == 'Y' || code == 'y' || ch == 'y' || ch == 'Y' || mods.isShiftDown();
+        redo ? redoEdit() : undoEdit();
+        return true;
+    }
     if (mods.isShiftDown() && (is ('G') || is ('g')))
     {
         debugGrid = ! debugGrid;
@@ -326,12 +335,15 @@ void Editor::setActiveView (int v)
 
 void Editor::timerCallback()
 {
+    if (auto* peer = getPeer(); peer != nullptr && peer->isFocused() && isShowing()
+                                && juce::Component::getCurrentlyFocusedComponent() == nullptr)
+        grabKeyboardFocus();
+
     header.refreshTransport();
     header.setOutputLevel (processor.getPeakDb());
     matrix::refreshKnobs (processor);
 
-    if (processor.getSampleRate() > 0.0)
-        footer.setSampleRate (processor.getSampleRate());
+    footer.setSampleRate (processor.getSampleRate());
     footer.setCpuPercent (processor.getCpuPercent());
     auto& tree = processor.getParameterTree();
     const auto* legato = tree.getRawParameterValue ("legato");

@@ -72,6 +72,9 @@ public:
     void recallSlot (int slot);
     void morphSlots (float t);
     void randomisePatch (const juce::String& scope);
+    // One edit back or forth; the menu entries and Ctrl+Z, Ctrl+Shift+Z, Ctrl+Y.
+    void undoEdit();
+    void redoEdit();
     void applyMacro (int index, float value, widgets::StatusFooter::MacroGesture gesture);
 
     int getActiveView() const noexcept { return activeView; }

@@ -99,14 +99,28 @@ void Editor::recallSlot (int slot)
     refreshPresetDisplay();
 }
 
+void Editor::undoEdit()
+{
+    processor.getEditHistory().undo();
+    refreshPresetDisplay();
+}
+
+void Editor::redoEdit()
+{
+    processor.getEditHistory().redo();
+    refreshPresetDisplay();
+}
+
 void Editor::morphSlots (float t)
 {
+    const EditHistory::Step step (processor.getParameterTree());
     patch::morph (processor.getParameterTree(), compareA, compareB, t);
     refreshPresetDisplay();
 }
 
 void Editor::randomisePatch (const juce::String& scope)
 {
+    const EditHistory::Step step (processor.getParameterTree());
     patch::randomise (processor.getParameterTree(), scope, randomEngine);
     refreshPresetDisplay();
 }
@@ -120,8 +134,8 @@ juce::PopupMenu Editor::buildWorkflowMenu()
 {
     auto& undo = processor.getUndoManager();
     juce::PopupMenu menu;
-    menu.addItem ("Undo", undo.canUndo(), false, [this] { processor.getUndoManager().undo(); refreshPresetDisplay(); });
-    menu.addItem ("Redo", undo.canRedo(), false, [this] { processor.getUndoManager().redo(); refreshPresetDisplay(); });
+    menu.addItem ("Undo", undo.canUndo(), false, [this] { undoEdit(); });
+    menu.addItem ("Redo", undo.canRedo(), false, [this] { redoEdit(); });
     menu.addSeparator();
     menu.addItem ("Capture A", true, false, [this] { captureSlot (0); });
     menu.addItem ("Capture B", true, false, [this] { captureSlot (1); });

@@ -61,17 +61,17 @@ Header::Header (MorvaneAudioProcessor& p)
     bpmDisplay.editable = true;
     bpmDisplay.setTooltip ("Standalone tempo for synced modulation. Double-click to edit.");
 
-    octaveChip.attach (parameters.getParameter ("octave"));
-    glideChip.attach (parameters.getParameter ("glideTime"));
-    masterChip.attach (parameters.getParameter ("outputGain"));
+    octaveChip.attach (parameters.getParameter ("octave"), parameters.undoManager);
+    glideChip.attach (parameters.getParameter ("glideTime"), parameters.undoManager);
+    masterChip.attach (parameters.getParameter ("outputGain"), parameters.undoManager);
     if (auto* legato = parameters.getParameter ("legato"))
-        legatoAttachment = std::make_unique<juce::ButtonParameterAttachment> (*legato, legatoButton, nullptr);
+        legatoAttachment = std::make_unique<juce::ButtonParameterAttachment> (*legato, legatoButton, parameters.undoManager);
     voiceModeButton.offText = "MIX";
     voiceModeButton.onText = "RING";
     voiceModeButton.setTitle ("Voice mode");
     voiceModeButton.setTooltip ("Voice mode: the two oscillators mixed, or ring-modulated (one multiplied by the other).");
     if (auto* mode = parameters.getParameter ("mode"))
-        voiceModeAttachment = std::make_unique<juce::ButtonParameterAttachment> (*mode, voiceModeButton, nullptr);
+        voiceModeAttachment = std::make_unique<juce::ButtonParameterAttachment> (*mode, voiceModeButton, parameters.undoManager);
 
     strip.onPrevious = [this] { if (onPreviousPreset) onPreviousPreset(); };
     strip.onNext = [this] { if (onNextPreset) onNextPreset(); };

@@ -3,6 +3,8 @@
 #include "ui/theme/Surfaces.h"
 #include "ui/theme/Tokens.h"
 #include "ui/theme/Typography.h"
+#include "widgets/Accessibility.h"
+#include "widgets/ValueParse.h"
 
 namespace morvane::ui::header
 {
@@ -36,20 +38,69 @@ HeaderValueChip::HeaderValueChip (const juce::String& l, std::function<juce::Str
         formatter = [] (double v) { return juce::String (v, 2); };
     setTitle (label);
     setRange (0.0, 1.0);
-    setVelocityBasedMode (true);
-    setVelocityModeParameters (0.25, 1, 0.0, false);
     setWantsKeyboardFocus (true);
     setMouseCursor (juce::MouseCursor::UpDownResizeCursor);
     setSize (96, 44);
+    addChildComponent (valueEditor);
+    valueEditor.onCommit = [this] (const juce::String& typed) { applyTypedValue (typed); };
 }
 
-HeaderValueChip::~HeaderValueChip() = default;
+HeaderValueChip::~HeaderValueChip() { valueDrag.end(); }
 
-void HeaderValueChip::attach (juce::RangedAudioParameter* parameter)
+void HeaderValueChip::attach (juce::RangedAudioParameter* parameter, juce::UndoManager* undoManager)
 {
     attachment.reset();
     if (parameter != nullptr)
-        attachment = std::make_unique<juce::SliderParameterAttachment> (*parameter, *this, nullptr);
+        attachment = std::make_unique<juce::SliderParameterAttachment> (*parameter, *this, undoManager);
+}
+
+std::optional<double> HeaderValueChip::parseValue (const juce::String& typed)
+{
+    const auto parsed = ostrel::widgets::parseDisplayedValue (typed, *this, formatter);
+    if (! parsed || ! std::isfinite (*parsed))
+        return std::nullopt;
+    return juce::jlimit (getMinimum(), getMaximum(), *parsed);
+}
+
+bool HeaderValueChip::applyTypedValue (const juce::String& typed)
+{
+    const auto parsed = parseValue (typed);
+    if (! parsed)
+        return false;
+    if (*parsed != getValue())
+    {
+        const ScopedDragNotification gesture (*this);
+        setValue (*parsed, juce::sendNotificationSync);
+    }
+    return true;
+}
+
+void HeaderValueChip::showValueEntry()
+{
+    if (! isEnabled())
+        return;
+    valueEditor.begin (getLocalBounds().reduced (4, 8), text());
+    repaint();
+}
+
+void HeaderValueChip::mouseDrag (const juce::MouseEvent& e) { valueDrag.drag (*this, e); }
+
+void HeaderValueChip::mouseDoubleClick (const juce::MouseEvent&) { showValueEntry(); }
+
+bool HeaderValueChip::keyPressed (const juce::KeyPress& key)
+{
+    if (key.getKeyCode() == juce::KeyPress::returnKey)
+    {
+        showValueEntry();
+        return true;
+    }
+    return juce::Slider::keyPressed (key);
+}
+
+std::unique_ptr<juce::AccessibilityHandler> HeaderValueChip::createAccessibilityHandler()
+{
+    return ostrel::widgets::makeSliderAccessibility (*this, [this] { return text(); },
+                                                     [this] (const juce::String& typed) { return parseValue (typed); });
 }
 
 void HeaderValueChip::mouseEnter (const juce::MouseEvent& e)
@@ -68,23 +119,26 @@ void HeaderValueChip::mouseExit (const juce::MouseEvent& e)
 
 void HeaderValueChip::mouseDown (const juce::MouseEvent& e)
 {
+    valueEditor.end();
     pressed = true;
     repaint();
-    juce::Slider::mouseDown (e);
+    if (isEnabled() && ! e.mods.isPopupMenu())
+        valueDrag.begin (*this, e);
 }
 
-void HeaderValueChip::mouseUp (const juce::MouseEvent& e)
+void HeaderValueChip::mouseUp (const juce::MouseEvent&)
 {
+    valueDrag.end();
     pressed = false;
     repaint();
-    juce::Slider::mouseUp (e);
 }
 
 void HeaderValueChip::paint (juce::Graphics& g)
 {
     drawControlSurface (g, getLocalBounds().toFloat(), hovered, pressed, false, hasKeyboardFocus (false), isEnabled(), 4);
-    drawTypeText (g, 5, text(), getLocalBounds().reduced (8, 0), token (isEnabled() ? Token::textPrimary : Token::textDisabled),
-                  juce::Justification::centred);
+    if (! valueEditor.isEditing())
+        drawTypeText (g, 5, text(), getLocalBounds().reduced (8, 0), token (isEnabled() ? Token::textPrimary : Token::textDisabled),
+                      juce::Justification::centred);
 }
 
 LegatoButton::LegatoButton() : juce::Button ("legato")

@@ -2,6 +2,8 @@
 
 #include "ui/primitives/canonical/IconButton.h"
 #include "ui/primitives/canonical/LabeledChipButton.h"
+#include "widgets/ValueDrag.h"
+#include "widgets/ValueEntry.h"
 
 #include <juce_audio_processors/juce_audio_processors.h>
 
@@ -24,20 +26,34 @@ public:
     HeaderValueChip (const juce::String& label, std::function<juce::String (double)> formatter);
     ~HeaderValueChip() override;
 
-    void attach (juce::RangedAudioParameter* parameter);
+    void attach (juce::RangedAudioParameter* parameter, juce::UndoManager* undoManager);
     juce::String text() const { return formatter (getValue()); }
+
+    // Typed values, opened by Return or a double-click: what the chip shows reads back.
+    std::optional<double> parseValue (const juce::String& typed);
+    bool applyTypedValue (const juce::String& typed);
+    void showValueEntry();
+    bool isEditingValue() const noexcept { return valueEditor.isEditing(); }
 
     void mouseEnter (const juce::MouseEvent&) override;
     void mouseExit (const juce::MouseEvent&) override;
     void mouseDown (const juce::MouseEvent&) override;
+    void mouseDrag (const juce::MouseEvent&) override;
     void mouseUp (const juce::MouseEvent&) override;
+    void mouseDoubleClick (const juce::MouseEvent&) override;
+    bool keyPressed (const juce::KeyPress&) override;
     void paint (juce::Graphics&) override;
+    juce::String getTextFromValue (double value) override { return formatter (value); }
+    double getValueFromText (const juce::String& typed) override { return parseValue (typed).value_or (getValue()); }
+    std::unique_ptr<juce::AccessibilityHandler> createAccessibilityHandler() override;
 
 private:
     juce::String label;
     std::function<juce::String (double)> formatter;
     bool hovered = false, pressed = false;
     std::unique_ptr<juce::SliderParameterAttachment> attachment;
+    ostrel::widgets::ValueEntryEditor valueEditor;
+    ostrel::widgets::VerticalValueDrag valueDrag;
 };
 
 class LegatoButton : public juce::Button

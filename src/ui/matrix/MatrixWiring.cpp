@@ -66,6 +66,7 @@ int findSlotForDestination (MorvaneAudioProcessor& p, int destination)
 
 bool assignSourceToDestination (MorvaneAudioProcessor& p, int source, int destination)
 {
+    const EditHistory::Step step (p.getParameterTree());
     for (int slot = 1; slot <= 8; ++slot)
         if (choiceIndex (p, slot, "Dest") == destination)
         {
@@ -87,6 +88,7 @@ bool assignSourceToDestination (MorvaneAudioProcessor& p, int source, int destin
 
 void clearDestination (MorvaneAudioProcessor& p, int destination)
 {
+    const EditHistory::Step step (p.getParameterTree());
     for (int slot = 1; slot <= 8; ++slot)
         if (choiceIndex (p, slot, "Dest") == destination)
         {

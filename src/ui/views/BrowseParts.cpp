@@ -92,6 +92,8 @@ Sidebar::Sidebar (const presets::Catalogue& catalogue)
         all.entries.push_back (e);
     all.count = (int) all.entries.size();
     rows.push_back (std::move (all));
+    // Filled from the stars by the page, which owns the settings.
+    rows.push_back ({ "__favourites__", "FAVOURITES", 0, {} });
     for (const auto& c : catalogue.categories)
     {
         Row row { c.id, c.name, (int) c.entries.size(), {} };
@@ -99,6 +101,7 @@ Sidebar::Sidebar (const presets::Catalogue& catalogue)
             row.entries.push_back (&e);
         rows.push_back (std::move (row));
     }
+    setMouseClickGrabsKeyboardFocus (false);
     for (size_t i = 0; i < rows.size(); ++i)
         if (rows[i].id == "reese-jungle-dnb")
             selected = (int) i;
@@ -132,6 +135,8 @@ void Sidebar::mouseExit (const juce::MouseEvent&)
 
 void Sidebar::mouseDown (const juce::MouseEvent& e)
 {
+    if (auto* page = findParentComponentOfClass<BrowseView>())
+        page->grabKeyboardFocus();
     const int row = rowAt (e.getPosition());
     if (row < 0 || row == selected)
         return;
@@ -196,10 +201,18 @@ PresetList::PresetList()
     searchEditor.setIndents (12, 8);
     searchEditor.setTitle ("Search presets");
     searchEditor.onTextChange = [this] { if (onSearchChanged) onSearchChanged (searchEditor.getText()); };
-    sortButton.setButtonText (juce::String (juce::CharPointer_UTF8 ("SORT \xc2\xb7 A\xe2\x86\x92Z")));
+    setSortText (juce::String (juce::CharPointer_UTF8 ("SORT \xc2\xb7 A\xe2\x86\x92Z")));
+    // A click on a row keeps the keyboard on the page (arrows, Return), not in the search field.
+    setMouseClickGrabsKeyboardFocus (false);
     sortButton.onClick = [this] { if (onSortClicked) onSortClicked(); };
     addAndMakeVisible (searchEditor);
     addAndMakeVisible (sortButton);
+}
+
+void PresetList::setSortText (const juce::String& text)
+{
+    sortButton.setButtonText (text);
+    sortButton.setTooltip (text);
 }
 
 int PresetList::rowAt (juce::Point<int> p) const
@@ -244,6 +257,8 @@ void PresetList::mouseExit (const juce::MouseEvent&)
 
 void PresetList::mouseDown (const juce::MouseEvent& e)
 {
+    if (auto* page = findParentComponentOfClass<BrowseView>())
+        page->grabKeyboardFocus();
     const int row = rowAt (e.getPosition());
     if (row < 0)
         return;
@@ -305,7 +320,7 @@ void PresetList::paint (juce::Graphics& g)
 
     // Rows slide under the search row rather than over it.
     juce::Graphics::ScopedSaveState saved (g);
-    g.reduceClipRegion (0, 69, getWidth(), getHeight() - 69);
+    g.reduceClipRegion (24, 69, 612, getHeight() - 69);
     for (int i = 0; i < (int) rows.size(); ++i)
     {
         const int t = rowTop (i);
@@ -361,6 +376,7 @@ void PresetList::paint (juce::Graphics& g)
 //==============================================================================
 DetailPanel::DetailPanel()
 {
+    setMouseClickGrabsKeyboardFocus (false);
     loadButton.onClick = [this] { if (onLoad) onLoad(); };
     favouriteButton.onClick = [this] { if (onFavourite) onFavourite(); };
     addAndMakeVisible (loadButton);

@@ -38,6 +38,7 @@ public:
     int selected = 0;
     int hover = -1;
 
+    static constexpr int favouritesRow = 1;
     static juce::Rectangle<int> rowBox (int i) { return { 24, 84 + 44 * i, 156, 44 }; }
     int rowAt (juce::Point<int> p) const;
 
@@ -68,6 +69,8 @@ public:
     };
     SearchField searchEditor;
     BrowserButton sortButton { 0, {} };
+    // The sort button's text, which is also its tooltip.
+    void setSortText (const juce::String& text);
 
     int rowTop (int i) const { return 96 * i - scrollY + 84; }
     int rowAt (juce::Point<int> p) const;
@@ -105,6 +108,7 @@ class BrowseView::Impl : public juce::Component
 {
 public:
     Impl (BrowseView& owner, MorvaneAudioProcessor& processor, const presets::Catalogue& catalogue, juce::PropertiesFile* favourites);
+    ~Impl() override;
 
     void refreshList();
     void updateDetail();
@@ -113,6 +117,16 @@ public:
     void applyEntry (const presets::Entry& entry);
     void toggleFavourite();
     bool isFavourite (const presets::Entry& entry) const;
+    void refreshFavourites();
+
+    // Audition: the entry plays on C1 while its mark is on. The patch from before the first
+    // audition comes back when the browser is left without a load.
+    void audition (int row);
+    void releaseAuditionNote();
+    void leave();
+    bool isAuditionNoteHeld() const noexcept { return auditionNoteHeld; }
+    static constexpr int auditionNote = 24;
+    static constexpr float auditionVelocity = 85.0f / 127.0f;
 
     void paint (juce::Graphics&) override;
     void resized() override;
@@ -127,6 +141,8 @@ public:
     bool sortAlphabetic = true;
     const presets::Entry* selectedEntry = nullptr;
     juce::PropertiesFile* favourites;
+    std::unique_ptr<juce::MemoryBlock> stateBeforeAudition;
+    bool auditionNoteHeld = false;
 };
 
 void fillChip (juce::Graphics& g, juce::Rectangle<float> box, bool flag);

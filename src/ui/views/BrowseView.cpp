@@ -59,22 +59,75 @@ BrowseView::Impl::Impl (BrowseView& o, MorvaneAudioProcessor& p, const presets::
     sidebar.onCategoryChosen = [this] (int) { refreshList(); };
     list.onRowSelected = [this] (int row) { list.selectedRow = row; updateDetail(); };
     list.onRowDoubleClicked = [this] (int row) { loadRow (row); };
-    list.onAudition = [this] (int row)
-    {
-        if (row >= 0 && row < (int) list.rows.size() && list.rows[(size_t) row]->available)
-            applyEntry (*list.rows[(size_t) row]);
-    };
+    list.onAudition = [this] (int row) { audition (row); };
     list.onSearchChanged = [this] (juce::String text) { searchText = text; refreshList(); };
     list.onSortClicked = [this]
     {
         sortAlphabetic = ! sortAlphabetic;
-        list.sortButton.setButtonText (juce::String (juce::CharPointer_UTF8 (sortAlphabetic ? "SORT \xc2\xb7 A\xe2\x86\x92Z"
+        list.setSortText (juce::String (juce::CharPointer_UTF8 (sortAlphabetic ? "SORT \xc2\xb7 A\xe2\x86\x92Z"
                                                                                             : "SORT \xc2\xb7 RECENT")));
         refreshList();
     };
     detail.onLoad = [this] { if (list.selectedRow >= 0) loadRow (list.selectedRow); };
     detail.onFavourite = [this] { if (selectedEntry != nullptr) toggleFavourite(); };
+    refreshFavourites();
     refreshList();
+}
+
+BrowseView::Impl::~Impl() { leave(); }
+
+void BrowseView::Impl::audition (int row)
+{
+    if (row < 0 || row >= (int) list.rows.size() || ! list.rows[(size_t) row]->available)
+        return;
+    if (stateBeforeAudition == nullptr)
+    {
+        stateBeforeAudition = std::make_unique<juce::MemoryBlock>();
+        processor.getStateInformation (*stateBeforeAudition);
+    }
+    applyEntry (*list.rows[(size_t) row]);
+    releaseAuditionNote();
+    if (list.auditionRow == row)
+    {
+        processor.pushNoteOn (auditionNote, auditionVelocity);
+        auditionNoteHeld = true;
+    }
+}
+
+void BrowseView::Impl::releaseAuditionNote()
+{
+    if (! auditionNoteHeld)
+        return;
+    processor.pushNoteOff (auditionNote);
+    auditionNoteHeld = false;
+}
+
+void BrowseView::Impl::leave()
+{
+    releaseAuditionNote();
+    if (list.auditionRow != -1)
+    {
+        list.auditionRow = -1;
+        list.repaint();
+    }
+    if (stateBeforeAudition == nullptr)
+        return;
+    // The whole state, identity and dirty flag included, as it stood; the view isn't part of it.
+    const auto block = std::move (stateBeforeAudition);
+    const int view = processor.getActiveView();
+    processor.setStateInformation (block->getData(), (int) block->getSize());
+    processor.setActiveView (view);
+}
+
+void BrowseView::Impl::refreshFavourites()
+{
+    auto& row = sidebar.rows[(size_t) Sidebar::favouritesRow];
+    row.entries.clear();
+    for (const auto* e : sidebar.rows[0].entries)
+        if (isFavourite (*e))
+            row.entries.push_back (e);
+    row.count = (int) row.entries.size();
+    sidebar.repaint();
 }
 
 void BrowseView::Impl::applyEntry (const presets::Entry& entry)
@@ -97,6 +150,8 @@ void BrowseView::Impl::refreshList()
     list.rows = std::move (rows);
     list.selectedRow = list.rows.empty() ? -1 : 0;
     list.auditionRow = -1;
+    list.scrollY = 0;
+    releaseAuditionNote();
     list.repaint();
     updateDetail();
 }
@@ -127,6 +182,17 @@ void BrowseView::Impl::toggleFavourite()
         favourites->saveIfNeeded();
     }
     detail.favouriteButton.setToggleState (next, juce::dontSendNotification);
+
+    refreshFavourites();
+    if (sidebar.selected == Sidebar::favouritesRow)
+    {
+        // The list follows the stars; the selection stays where it was, as far as it can.
+        const int keep = list.selectedRow;
+        refreshList();
+        if (! list.rows.empty())
+            list.selectedRow = juce::jlimit (0, (int) list.rows.size() - 1, keep);
+        updateDetail();
+    }
 }
 
 void BrowseView::Impl::loadRow (int row)
@@ -134,6 +200,8 @@ void BrowseView::Impl::loadRow (int row)
     if (row < 0 || row >= (int) list.rows.size() || ! list.rows[(size_t) row]->available)
         return;
     const auto* entry = list.rows[(size_t) row];
+    releaseAuditionNote();
+    stateBeforeAudition.reset();
     applyEntry (*entry);
     list.auditionRow = -1;
     list.repaint();
@@ -205,4 +273,10 @@ bool BrowseView::keyPressed (const juce::KeyPress& key)
 }
 
 void BrowseView::resized() { impl->setBounds (getLocalBounds()); }
+
+void BrowseView::visibilityChanged()
+{
+    if (! isVisible())
+        impl->leave();
+}
 }

@@ -30,6 +30,8 @@ public:
     void paint (juce::Graphics&) override;
     bool keyPressed (const juce::KeyPress&) override;
     void resized() override;
+    // Leaving the browser ends an audition.
+    void visibilityChanged() override;
 
     class Impl;
     Impl& getImpl() noexcept { return *impl; }

@@ -3,12 +3,15 @@
 #include "ui/matrix/MatrixWiring.h"
 #include "ui/widgets/ValueFormat.h"
 
+#include "audio/EditHistory.h"
+
 #include <cmath>
 
 namespace morvane::ui
 {
 void hidden::addChoiceSubmenu (juce::PopupMenu& menu, juce::AudioProcessorValueTreeState& state,
-                               const juce::String& parameterId, const juce::String& title)
+                               const juce::String& parameterId, const juce::String& title,
+                               std::function<void (int)> choose)
 {
     auto* choice = dynamic_cast<juce::AudioParameterChoice*> (state.getParameter (parameterId));
     if (choice == nullptr)
@@ -16,7 +19,12 @@ void hidden::addChoiceSubmenu (juce::PopupMenu& menu, juce::AudioProcessorValueT
     juce::PopupMenu sub;
     const int n = choice->choices.size();
     for (int i = 0; i < n; ++i)
-        sub.addItem (choice->choices[i], true, i == choice->getIndex(), [choice, i, n] {
+        sub.addItem (choice->choices[i], true, i == choice->getIndex(), [choice, i, n, choose] {
+            if (choose)
+            {
+                choose (i);
+                return;
+            }
             if (n <= 1)
                 return;
             choice->beginChangeGesture();
@@ -62,6 +70,7 @@ namespace widgets
         {
             detuneUnit->getCell (0)->setTooltip ("Cents detune unit.");
             detuneUnit->getCell (1)->setTooltip ("Hertz detune unit (relative to A4).");
+            detuneUnit->onChoosing = [this] (int index) { switchDetuneUnit (index); return true; };
         }
         // A 44-unit field has room for a caption row and one control row only.
         detuneUnitField.setCompact (true);
@@ -73,7 +82,7 @@ namespace widgets
 
         detuneKnob.setLabel ("DETUNE");
         detuneKnob.setTooltip ("Oscillator 2 pitch offset relative to oscillator 1.");
-        detuneKnob.setExtraMenuBuilder ([this] (juce::PopupMenu& m) { hidden::addChoiceSubmenu (m, state, "detuneMode", "Detune mode"); });
+        detuneKnob.setExtraMenuBuilder ([this] (juce::PopupMenu& m) { hidden::addChoiceSubmenu (m, state, "detuneMode", "Detune mode", [this] (int i) { switchDetuneUnit (i); }); });
         phaseKnob.setLabel ("PHASE");
         phaseKnob.setTooltip ("Oscillator 2 phase offset relative to oscillator 1.");
         phaseKnob.setValueFormatter ([] (double v) { return formatSignedInt (juce::roundToInt (v), true, false) + juce::String (juce::CharPointer_UTF8 ("\xc2\xb0")); });
@@ -126,30 +135,37 @@ namespace widgets
         addAndMakeVisible (faceToggle);
         updateMonoDimming();
 
-        syncDetuneBinding (false);
+        syncDetuneBinding();
         state.addParameterListener ("detuneMode", this);
     }
 
     DetuneBar::~DetuneBar() { state.removeParameterListener ("detuneMode", this); }
 
-    void DetuneBar::syncDetuneBinding (bool convertValue)
+    void DetuneBar::switchDetuneUnit (int modeIndex)
+    {
+        auto* mode = dynamic_cast<juce::AudioParameterChoice*> (state.getParameter ("detuneMode"));
+        if (mode == nullptr || modeIndex == mode->getIndex() || modeIndex < 0 || modeIndex >= mode->choices.size())
+            return;
+        const EditHistory::Step step (state);
+        const bool toHertz = modeIndex > 0;
+        if (auto* from = state.getParameter (toHertz ? "osc2Detune" : "osc2DetuneHz"))
+        {
+            const float v = from->convertFrom0to1 (from->getValue());
+            if (toHertz)
+                writeOneGesture (state.getParameter ("osc2DetuneHz"), (std::pow (2.0f, v / 1200.0f) - 1.0f) * 440.0f);
+            else
+                writeOneGesture (state.getParameter ("osc2Detune"), std::log2 ((v + 440.0f) / 440.0f) * 1200.0f);
+        }
+        writeOneGesture (mode, (float) modeIndex);
+        syncDetuneBinding();
+    }
+
+    void DetuneBar::syncDetuneBinding()
     {
         auto* mode = dynamic_cast<juce::AudioParameterChoice*> (state.getParameter ("detuneMode"));
         const juce::String target = mode != nullptr && mode->getIndex() > 0 ? "osc2DetuneHz" : "osc2Detune";
         if (target == boundDetuneId && detuneAttachment != nullptr)
             return;
-        if (convertValue && boundDetuneId.isNotEmpty() && boundDetuneId != target)
-        {
-            auto* from = state.getParameter (boundDetuneId);
-            if (from != nullptr)
-            {
-                const float v = from->convertFrom0to1 (from->getValue());
-                if (target == "osc2DetuneHz")
-                    writeOneGesture (state.getParameter ("osc2DetuneHz"), (std::pow (2.0f, v / 1200.0f) - 1.0f) * 440.0f);
-                else
-                    writeOneGesture (state.getParameter ("osc2Detune"), std::log2 ((v + 440.0f) / 440.0f) * 1200.0f);
-            }
-        }
         boundDetuneId = target;
         if (target == "osc2DetuneHz")
             detuneKnob.setValueFormatter ([] (double v) { return formatSigned (v, 1, true, false, false) + " Hz"; });

@@ -15,9 +15,11 @@ namespace morvane::ui
 {
 namespace hidden
 {
-    // Adds a submenu of a choice parameter, titled with its current choice; an item sets it in one gesture.
+    // Adds a submenu of a choice parameter, titled with its current choice; an item sets it in one
+    // gesture, or calls choose with its index when that is given.
     void addChoiceSubmenu (juce::PopupMenu& menu, juce::AudioProcessorValueTreeState& state,
-                           const juce::String& parameterId, const juce::String& title);
+                           const juce::String& parameterId, const juce::String& title,
+                           std::function<void (int)> choose = {});
 }
 
 namespace widgets
@@ -34,8 +36,11 @@ namespace widgets
 
         void resized() override;
 
-        // Keeps the detune knob on the parameter of the unit in force; converts the value on a change.
-        void syncDetuneBinding (bool convertValue);
+        // Keeps the detune knob on the parameter of the unit in force. It converts nothing: a preset,
+        // a restore, an undo or the host may set the unit, and each brings its own detune values.
+        void syncDetuneBinding();
+        // The user's switch of the unit: the detune is carried over into the new unit, in one step.
+        void switchDetuneUnit (int modeIndex);
         const juce::String& getBoundDetuneId() const noexcept { return boundDetuneId; }
 
         ostrel::widgets::Knob& getDetuneKnob() noexcept { return detuneKnob; }
@@ -57,7 +62,7 @@ namespace widgets
     private:
         // Listeners may run on any thread; the posted update allocates nothing.
         void parameterChanged (const juce::String& parameterId, float) override;
-        void handleAsyncUpdate() override { syncDetuneBinding (true); }
+        void handleAsyncUpdate() override { syncDetuneBinding(); }
 
         juce::AudioProcessorValueTreeState& state;
         ostrel::widgets::SectionTitle title { "OSC LINK" };

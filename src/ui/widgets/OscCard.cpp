@@ -357,7 +357,7 @@ void OscCard::updateModBadge()
     }
     const auto id = badgeSourceId (name);
     const int percent = juce::roundToInt (amount * 100.0f);
-    const auto text = shortSourceName (name) + (percent >= 0 ? "+" : "") + juce::String (percent);
+    const auto text = shortSourceLabel (name) + (percent >= 0 ? "+" : "") + juce::String (percent);
     if (id != badgeSource || text != badgeText)
     {
         modBadge.setSource (id, text);

@@ -9,7 +9,7 @@ namespace
 {
 void drawChevron (juce::Graphics& g, const juce::Rectangle<float>& bounds, juce::Colour colour, bool forward)
 {
-    const auto box = juce::Rectangle<float> (18.0f, 22.0f).withCentre (bounds.getCentre()).reduced (5.0f, 4.0f);
+    const auto box = juce::Rectangle<float> (18.0f, 22.0f).withCentre (bounds.getCentre());
     juce::Path p;
     if (forward)
     {
@@ -144,6 +144,7 @@ void PresetNavStrip::beginRename()
     renameEditor->setFont (fontForTypeRole (3));
     styleTextEditor (*renameEditor, "bg.surface", "accent.primary", "accent.primary", "text.primary", 0.3f);
     renameEditor->setIndents (2, 0);
+    renameEditor->setJustification (juce::Justification::centredLeft);
     renameEditor->onReturnKey = [this] { commitRename(); };
     renameEditor->onFocusLost = [this] { commitRename(); };
     renameEditor->onEscapeKey = [this] { cancelRename(); };

@@ -1,5 +1,7 @@
 #include "ui/widgets/RoutingRow.h"
 
+#include "audio/EditHistory.h"
+
 #include "engine/ModLabels.h"
 #include "ui/theme/Tokens.h"
 #include "ui/theme/Typography.h"
@@ -121,6 +123,7 @@ void RoutingRow::chooseSource (int index)
 
 void RoutingRow::clear()
 {
+    const EditHistory::Step step (state);
     if (auto* source = parameter ("Source"))
     {
         source->beginChangeGesture();

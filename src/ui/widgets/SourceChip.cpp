@@ -1,5 +1,7 @@
 #include "ui/widgets/SourceChip.h"
 
+#include "audio/EditHistory.h"
+
 #include "ui/theme/Surfaces.h"
 #include "ui/theme/Tokens.h"
 #include "ui/theme/Typography.h"
@@ -77,6 +79,7 @@ bool assignFromChip (juce::AudioProcessorValueTreeState& state, int source, int 
     if (source < 1 || destination < 1)
         return false;
     auto param = [&state] (const juce::String& id) { return state.getParameter (id); };
+    const EditHistory::Step step (state);
     // Only the first four slots: the chip's menu is the quick path, the matrix has the rest.
     for (int slot = 1; slot <= 4; ++slot)
     {

@@ -144,8 +144,11 @@ void StatusFooter::mouseUp (const juce::MouseEvent&)
 juce::String StatusFooter::audioText() const
 {
     const auto khz = sampleRate / 1000.0;
-    const auto rate = std::abs (khz - std::round (khz)) < 1.0e-9 ? juce::String ((int) std::round (khz)) : juce::String (khz, 1);
-    return juce::String::formatted ("%.1f%%", (double) cpuPercent) + juce::String (juce::CharPointer_UTF8 (" \xc2\xb7 ")) + rate + " kHz";
+    // Without a running device there is no rate to claim.
+    const auto rate = sampleRate <= 0.0 ? juce::String ("no audio")
+                      : std::abs (khz - std::round (khz)) < 1.0e-9 ? juce::String ((int) std::round (khz)) + " kHz"
+                                                                  : juce::String (khz, 1) + " kHz";
+    return juce::String::formatted ("%.1f%%", (double) cpuPercent) + juce::String (juce::CharPointer_UTF8 (" \xc2\xb7 ")) + rate;
 }
 
 void StatusFooter::paint (juce::Graphics& g)

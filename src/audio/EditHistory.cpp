@@ -1,0 +1,79 @@
+#include "audio/EditHistory.h"
+
+#include "audio/PluginProcessor.h"
+
+namespace morvane
+{
+EditHistory::EditHistory (juce::AudioProcessorValueTreeState& s, juce::UndoManager& um) : state (s), undoManager (um)
+{
+    for (auto* parameter : state.processor.getParameters())
+        parameter->addListener (this);
+}
+
+EditHistory::~EditHistory()
+{
+    for (auto* parameter : state.processor.getParameters())
+        parameter->removeListener (this);
+}
+
+// Copying the state is the tree's only public way to take in the values it hasn't recorded yet.
+void EditHistory::flush() { state.copyState(); }
+
+void EditHistory::openStep()
+{
+    flush();
+    undoManager.beginNewTransaction();
+}
+
+void EditHistory::parameterGestureChanged (int index, bool starting)
+{
+    // Hosts and controllers move parameters from other threads; only the editor's edits are steps.
+    if (! juce::MessageManager::existsAndIsCurrentThread())
+        return;
+    if (starting)
+    {
+        if (openGestures.empty() && held == 0)
+            openStep();
+        openGestures.insert (index);
+        return;
+    }
+    openGestures.erase (index);
+    if (openGestures.empty())
+        flush();
+}
+
+void EditHistory::undo()
+{
+    flush();
+    undoManager.undo();
+}
+
+void EditHistory::redo()
+{
+    flush();
+    undoManager.redo();
+}
+
+EditHistory* EditHistory::find (juce::AudioProcessorValueTreeState& s)
+{
+    if (auto* p = dynamic_cast<MorvaneAudioProcessor*> (&s.processor))
+        return &p->getEditHistory();
+    return nullptr;
+}
+
+EditHistory::Step::Step (juce::AudioProcessorValueTreeState& s) : history (find (s))
+{
+    if (history == nullptr)
+        return;
+    if (history->held++ == 0 && history->openGestures.empty())
+        history->openStep();
+}
+
+EditHistory::Step::~Step()
+{
+    if (history == nullptr)
+        return;
+    if (--history->held == 0)
+        history->flush();
+}
+}

@@ -55,26 +55,12 @@ juce::String ValueChip::getTextFromValue(double value)
 
 std::optional<double> ValueChip::parseValue(const juce::String& text)
 {
-    const auto parsed = parseDisplayedValue(text, *this, [this](double v) { return getTextFromValue(v); });
-    if (! parsed.has_value() || ! std::isfinite(*parsed))
-        return std::nullopt;
-    return juce::jlimit(getMinimum(), getMaximum(), *parsed);
+    return parseValueFor(text, *this, [this](double v) { return getTextFromValue(v); });
 }
 
 double ValueChip::getValueFromText(const juce::String& text) { return parseValue(text).value_or(getValue()); }
 
-bool ValueChip::applyTypedValue(const juce::String& text)
-{
-    const auto parsed = parseValue(text);
-    if (! parsed.has_value())
-        return false;
-    if (*parsed != getValue())
-    {
-        const ScopedDragNotification gesture(*this);
-        setValue(*parsed, juce::sendNotificationSync);
-    }
-    return true;
-}
+bool ValueChip::applyTypedValue(const juce::String& text) { return ostrel::widgets::applyTypedValue(*this, parseValue(text)); }
 
 void ValueChip::showValueEntry()
 {

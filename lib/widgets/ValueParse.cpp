@@ -152,7 +152,6 @@ std::optional<double> parseDisplayedValue(const juce::String& text, juce::Slider
     if (points.empty())
         return byName();
     double target = quantity->value;
-    // Infinity is a value only where the display shows one (a level's floor).
     if (std::isinf(target))
     {
         // Infinity is a value only where the display shows it (a level's floor): that end it is.
@@ -231,6 +230,27 @@ std::optional<double> parseDisplayedValue(const juce::String& text, juce::Slider
         (q < target ? pLow : pHigh) = mid;
     }
     return snap(slider.proportionOfLengthToValue(0.5 * (pLow + pHigh)));
+}
+
+std::optional<double> parseValueFor(const juce::String& text, juce::Slider& slider,
+                                    const std::function<juce::String(double)>& format)
+{
+    const auto parsed = parseDisplayedValue(text, slider, format);
+    if (! parsed.has_value() || ! std::isfinite(*parsed))
+        return std::nullopt;
+    return juce::jlimit(slider.getMinimum(), slider.getMaximum(), *parsed);
+}
+
+bool applyTypedValue(juce::Slider& slider, std::optional<double> value)
+{
+    if (! value.has_value())
+        return false;
+    if (*value != slider.getValue())
+    {
+        const juce::Slider::ScopedDragNotification gesture(slider);
+        slider.setValue(*value, juce::sendNotificationSync);
+    }
+    return true;
 }
 
 } // namespace ostrel::widgets

@@ -25,4 +25,12 @@ std::optional<TypedQuantity> readQuantity(const juce::String& text);
 std::optional<double> parseDisplayedValue(const juce::String& text, juce::Slider& slider,
                                           const std::function<juce::String(double)>& format);
 
+// The same, kept to a finite value inside the slider's range.
+std::optional<double> parseValueFor(const juce::String& text, juce::Slider& slider,
+                                    const std::function<juce::String(double)>& format);
+
+// Sets a value read from typed text as one gesture of the slider; the text as shown, accepted
+// unchanged, is no edit. False, with nothing changed, when the text was refused.
+bool applyTypedValue(juce::Slider& slider, std::optional<double> value);
+
 } // namespace ostrel::widgets

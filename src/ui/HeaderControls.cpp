@@ -56,23 +56,12 @@ void HeaderValueChip::attach (juce::RangedAudioParameter* parameter, juce::UndoM
 
 std::optional<double> HeaderValueChip::parseValue (const juce::String& typed)
 {
-    const auto parsed = ostrel::widgets::parseDisplayedValue (typed, *this, formatter);
-    if (! parsed || ! std::isfinite (*parsed))
-        return std::nullopt;
-    return juce::jlimit (getMinimum(), getMaximum(), *parsed);
+    return ostrel::widgets::parseValueFor (typed, *this, formatter);
 }
 
 bool HeaderValueChip::applyTypedValue (const juce::String& typed)
 {
-    const auto parsed = parseValue (typed);
-    if (! parsed)
-        return false;
-    if (*parsed != getValue())
-    {
-        const ScopedDragNotification gesture (*this);
-        setValue (*parsed, juce::sendNotificationSync);
-    }
-    return true;
+    return ostrel::widgets::applyTypedValue (*this, parseValue (typed));
 }
 
 void HeaderValueChip::showValueEntry()

@@ -648,3 +648,57 @@ TEST_P (Hosting, TheEditorOpensAndClosesWhileAudioRuns)
 }
 
 INSTANTIATE_TEST_SUITE_P (Formats, Hosting, ::testing::Values ("VST3", "LV2"), formatName);
+
+// The host's own bypass, with a note held across the switch: a fade to silence without a click, and
+// a clean start when it ends.
+TEST_P (Hosting, HostBypassFadesTheHeldNoteAndReturnsClean)
+{
+    auto plugin = instantiate (48000.0, 128);
+    ASSERT_NE (plugin, nullptr);
+    auto* bypass = plugin->getBypassParameter();
+    if (bypass == nullptr)
+        GTEST_SKIP() << GetParam() << " offers the host no bypass";
+    plugin->prepareToPlay (48000.0, 128);
+    juce::AudioBuffer<float> buffer (plugin->getTotalNumOutputChannels(), 128);
+    juce::MidiBuffer midi;
+    float last = 0.0f;
+    auto block = [&]
+    {
+        buffer.clear();
+        plugin->processBlock (buffer, midi);
+        midi.clear();
+        float step = 0.0f;
+        for (int i = 0; i < buffer.getNumSamples(); ++i)
+        {
+            step = std::max (step, std::abs (buffer.getSample (0, i) - last));
+            last = buffer.getSample (0, i);
+        }
+        return step;
+    };
+
+    midi.addEvent (juce::MidiMessage::noteOn (1, 36, (juce::uint8) 127), 0);
+    float playing = 0.0f;
+    for (int b = 0; b < 60; ++b)
+        playing = std::max (playing, block());
+    ASSERT_GT (peak (buffer), 0.05f);
+
+    bypass->setValueNotifyingHost (1.0f);
+    float fading = 0.0f;
+    for (int b = 0; b < 6; ++b)
+        fading = std::max (fading, block());
+    EXPECT_LE (fading, playing * 1.05f) << "no click";
+    block();
+    EXPECT_EQ (peak (buffer), 0.0f) << "silent while bypassed";
+    for (int b = 0; b < 750; ++b)
+        block();
+
+    bypass->setValueNotifyingHost (0.0f);
+    float returned = 0.0f;
+    for (int b = 0; b < 10; ++b)
+    {
+        block();
+        returned = std::max (returned, peak (buffer));
+    }
+    EXPECT_LT (returned, 1.0e-3f) << "the held note does not come back";
+    plugin->releaseResources();
+}

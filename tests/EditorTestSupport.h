@@ -3,6 +3,9 @@
 #include <juce_audio_processors/juce_audio_processors.h>
 #include <juce_gui_basics/juce_gui_basics.h>
 
+#include "TestHelpers.h"
+#include "ui/theme/Themes.h"
+
 #include <initializer_list>
 #include <type_traits>
 #include <utility>
@@ -10,6 +13,33 @@
 
 namespace morvane::test
 {
+// A settings file of its own for an editor under test; the dark theme is put back afterwards.
+struct TempSettings
+{
+    juce::File dir = morvane::test::uniqueTempFile ("morvane-editor");
+    juce::File file = dir.getChildFile ("Morvane.settings");
+    TempSettings() { dir.createDirectory(); }
+    ~TempSettings()
+    {
+        dir.deleteRecursively();
+        ui::applyThemeEntry (ui::darkTheme());
+        ui::publishWidgetTheme();
+    }
+    std::unique_ptr<juce::PropertiesFile> read() const
+    {
+        juce::PropertiesFile::Options o;
+        o.storageFormat = juce::PropertiesFile::storeAsXML;
+        return std::make_unique<juce::PropertiesFile> (file, o);
+    }
+    void write (const juce::StringPairArray& values) const
+    {
+        auto props = read();
+        for (const auto& key : values.getAllKeys())
+            props->setValue (key, values[key]);
+        props->saveIfNeeded();
+    }
+};
+
 // A mouse event on c at p, built by hand so that the editor's components can be driven without
 // a display.
 template <typename T, typename = std::enable_if_t<std::is_floating_point_v<T>>>

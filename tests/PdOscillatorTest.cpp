@@ -372,4 +372,10 @@ TEST (SubOscillator, DeferredWavesGiveTheBitsOfSingleSteps)
                 ASSERT_EQ (values[j], expected[j]) << "round " << round << " step " << j;
         }
     }
+
+    // A wave index from outside the table reads as its nearest end.
+    SubOscillator past, last;
+    past.setShape (true, 99);
+    last.setShape (true, numWaves - 1);
+    EXPECT_EQ (past.wave, last.wave);
 }

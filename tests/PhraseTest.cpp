@@ -12,7 +12,7 @@ PhrasePattern everyStepANote (float swing)
 {
     PhrasePattern p;
     for (int k = 0; k < PhrasePattern::maxSteps; ++k)
-        p.steps[(size_t) k] = { (std::int8_t) (36 + k), false, false };
+        p.steps[(size_t) k] = { (std::int8_t) (36 + k), false, k == 10 };
     p.swing = swing;
     return p;
 }
@@ -24,6 +24,7 @@ struct SequencerRun
     PhraseSequencer seq;
     PhraseMailbox box;
     std::vector<std::pair<long, int>> ons, offs;
+    std::vector<float> velocities;
     long rendered = 0;
 
     SequencerRun (const PhrasePattern& pattern, double rate)
@@ -38,7 +39,11 @@ struct SequencerRun
         auto off = [this] (int note) { offs.push_back ({ rendered, note }); };
         seq.beginBlock (box, transport, off);
         seq.run (0, n, [this] (int, int count) { rendered += count; },
-                 [this] (int note, float) { ons.push_back ({ rendered, note }); }, off);
+                 [this] (int note, float velocity)
+                 {
+                     ons.push_back ({ rendered, note });
+                     velocities.push_back (velocity);
+                 }, off);
         seq.endBlock (n);
     }
 };
@@ -72,6 +77,8 @@ TEST (Phrase, EveryOnsetFallsOnItsSampleAtAnyTempoRateBlockAndSwing)
                             << ", swing " << swing << ": " << sample << " against " << ideal;
                         ASSERT_EQ (note, 36 + k % 16);
                     }
+                    // 0.72 unaccented, 1 accented, times the velocity slider (0.85 by default).
+                    EXPECT_FLOAT_EQ (run.velocities[0], 0.72f * 0.85f);
                     // An untied note ends where the next one starts.
                     ASSERT_GE (run.offs.size(), 63u);
                     EXPECT_EQ (run.offs[10].first, run.ons[11].first);
@@ -103,6 +110,7 @@ TEST (Phrase, FollowsTheHostsBarAndATempoChangeMovesTheNextStep)
     play (200);
     ASSERT_FALSE (run.ons.empty());
     EXPECT_EQ (run.ons[0], (std::pair<long, int> { 0, 36 + 10 }));
+    EXPECT_FLOAT_EQ (run.velocities[0], 0.85f) << "step 10 is accented";
     const size_t before = run.ons.size();
     const long changeSample = sample;
     const double changePpq = ppq;

@@ -114,6 +114,8 @@ public:
     // The sources the sums were last worked out from; equal sources give equal sums.
     std::array<float, numModSources> evaluatedSources {};
     bool matrixStale = true;
+    // The sums the controls other than the cut-off were last worked out from.
+    ModSums settledSums;
     float lastLfoRateSum = 0.0f;
     float lastLfoDepthSum = 0.0f;
     float osc2PhaseSum = 0.0f;
@@ -309,6 +311,7 @@ private:
     ChainControls chainSlow;
     bool anyControlSmoothing() const noexcept;
     void updateSlowControls() noexcept;
+    bool onlyCutoffMoved() const noexcept;
 
     // The sources and the chain run as two loops over each group of host samples, so that the
     // oscillators' waves of a whole group can be worked out in one vectorised pass between them.
@@ -319,6 +322,10 @@ private:
     {
         float filterEnvValue = 0.0f;
         bool controlsUpdated = false;
+        // Worked out again for more than the cut-off: a smoother moves, the chunk starts, or a
+        // matrix sum other than the cut-off's and the filter envelope's has changed. Otherwise
+        // every control but the cut-off stands as it was.
+        bool settingsMoved = false;
         bool sourcesAlike = false;
         ChainSums sums;
     };

@@ -114,7 +114,7 @@ public:
     // The sources the sums were last worked out from; equal sources give equal sums.
     std::array<float, numModSources> evaluatedSources {};
     bool matrixStale = true;
-    // The sums the controls other than the cut-off were last worked out from.
+    // The sums the sources' controls were last worked out from.
     ModSums settledSums;
     float lastLfoRateSum = 0.0f;
     float lastLfoDepthSum = 0.0f;
@@ -310,8 +310,8 @@ private:
     SlowControls slow;
     ChainControls chainSlow;
     bool anyControlSmoothing() const noexcept;
-    void updateSlowControls() noexcept;
-    bool onlyCutoffMoved() const noexcept;
+    void updateSlowControls (bool all) noexcept;
+    bool onlyChainMoved() const noexcept;
 
     // The sources and the chain run as two loops over each group of host samples, so that the
     // oscillators' waves of a whole group can be worked out in one vectorised pass between them.
@@ -322,14 +322,15 @@ private:
     {
         float filterEnvValue = 0.0f;
         bool controlsUpdated = false;
-        // Worked out again for more than the cut-off: a smoother moves, the chunk starts, or a
-        // matrix sum other than the cut-off's and the filter envelope's has changed. Otherwise
-        // every control but the cut-off stands as it was.
-        bool settingsMoved = false;
+        // The sources' and output's controls, and the chain's other than the cut-off, each worked
+        // out again only when a smoother moves, the chunk starts, or one of their own matrix sums
+        // has changed: otherwise they stand as they were.
+        bool settingsMoved = false, chainMoved = false;
         bool sourcesAlike = false;
         ChainSums sums;
     };
     std::vector<ChainStep> chainSteps;
+    ChainSums settledChainSums; // those the chain's controls beside the cut-off were last worked out from
     // The sub's shares before the drive and after the multiband drive, per oversampled sample.
     std::vector<float> subSends, subPosts;
     // One group of oversampled steps of the sources: each oscillator's deferred waves and its

@@ -35,14 +35,15 @@ namespace
     }
 }
 
-// An LFO or an envelope on the cut-off moves the sums on every host sample, and the cut-off alone
-// follows them: the other controls would be worked out again to the same values. Compared by
+// An LFO or an envelope on the cut-off moves the sums on every host sample, and the chain alone
+// follows them: the sources' controls would be worked out again to the same values. Compared by
 // their bits, so that a sum's sign of zero is not lost either.
-bool VoiceEngine::onlyCutoffMoved() const noexcept
+bool VoiceEngine::onlyChainMoved() const noexcept
 {
     ModSums probe = sums;
-    probe.sum[(size_t) dest::cutoff] = settledSums.sum[(size_t) dest::cutoff];
-    probe.sum[(size_t) dest::filterEnv] = settledSums.sum[(size_t) dest::filterEnv];
+    for (int d : { dest::cutoff, dest::filterEnv, dest::drive, dest::resonance, dest::phaseMix, dest::phaseNotch,
+                   dest::feedback, dest::mbdLow, dest::mbdMid, dest::mbdHigh })
+        probe.sum[(size_t) d] = settledSums.sum[(size_t) d];
     return std::memcmp (&probe, &settledSums, sizeof (ModSums)) == 0;
 }
 
@@ -114,10 +115,11 @@ void VoiceEngine::renderSources (int first, int end, bool controlsMove, float ch
         auto& step = chainSteps[(size_t) i];
         step.filterEnvValue = filterEnvValue;
         step.controlsUpdated = controlsMove || sourcesMoved || i == 0;
-        step.settingsMoved = controlsMove || i == 0 || (sourcesMoved && ! onlyCutoffMoved());
+        step.settingsMoved = controlsMove || i == 0 || (sourcesMoved && ! onlyChainMoved());
+        step.chainMoved = false;
         if (step.settingsMoved)
         {
-            updateSlowControls();
+            updateSlowControls (controlsMove || i == 0);
             settledSums = sums;
         }
         if (step.controlsUpdated)
@@ -125,6 +127,13 @@ void VoiceEngine::renderSources (int first, int end, bool controlsMove, float ch
             step.sums = { sums[dest::drive], sums[dest::cutoff], sums[dest::filterEnv], sums[dest::resonance],
                           sums[dest::phaseMix], sums[dest::phaseNotch], sums[dest::feedback],
                           sums[dest::mbdLow], sums[dest::mbdMid], sums[dest::mbdHigh] };
+            // The cut-off's own sums are read by the cut-off alone, ahead of the chain's loop.
+            auto probe = step.sums;
+            probe.cutoff = settledChainSums.cutoff;
+            probe.filterEnv = settledChainSums.filterEnv;
+            step.chainMoved = controlsMove || i == 0 || std::memcmp (&probe, &settledChainSums, sizeof (ChainSums)) != 0;
+            if (step.chainMoved)
+                settledChainSums = step.sums;
         }
         const auto& c = slow;
 

@@ -48,14 +48,14 @@ else
   printf '%-28s %10s %10s %7s\n' preset factor reference ratio
   awk -F'\t' '{ printf "%-28s %9.1fx %9.1fx %7.2f\n", $3, $1, $2, $1 / $2 }' "$work/sorted"
 fi
-summary() { # column: minimum and median
-  sort -g | awk '{ v[NR] = $1 } END { m = NR % 2 ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2;
-                                      printf "%.1fx %.1fx", v[1], m }'
+summary() { # a column's minimum and median, to the given number of decimals
+  sort -g | awk -v d="$1" '{ v[NR] = $1 } END { m = NR % 2 ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2;
+                                                printf "%.*f %.*f", d, v[1], d, m }'
 }
-read -r amin amed <<< "$(cut -f1 "$work/table" | summary)"
-printf '%d presets, minimum %s, median %s\n' "$(wc -l < "$work/table")" "$amin" "$amed"
+read -r amin amed <<< "$(cut -f1 "$work/table" | summary 1)"
+printf '%d presets, minimum %sx, median %sx\n' "$(wc -l < "$work/table")" "$amin" "$amed"
 if [ -n "$reference" ]; then
-  read -r bmin bmed <<< "$(cut -f2 "$work/table" | summary)"
-  read -r rmin rmed <<< "$(awk -F'\t' '{ print $1 / $2 }' "$work/table" | summary)"
-  printf 'reference: minimum %s, median %s; ratio: minimum %s, median %s\n' "$bmin" "$bmed" "${rmin%x}" "${rmed%x}"
+  read -r bmin bmed <<< "$(cut -f2 "$work/table" | summary 1)"
+  read -r rmin rmed <<< "$(awk -F'\t' '{ print $1 / $2 }' "$work/table" | summary 2)"
+  printf 'reference: minimum %sx, median %sx; ratio: minimum %s, median %s\n' "$bmin" "$bmed" "$rmin" "$rmed"
 fi

@@ -20,8 +20,9 @@ namespace
 {
     // Kept out of line: inlined into the dispatch below, its loop is no longer vectorised.
     // While the DCW holds, the wave's constants are made once rather than in every lane.
+    // Flattened: the edges' helpers must be inlined for the loop to run in vector lanes.
     template <int wave, bool withMorph, bool dcwHolds, bool edged = false>
-    __attribute__ ((noinline)) void addRun (const WaveRun& run, float* out, int count) noexcept
+    __attribute__ ((noinline, flatten)) void addRun (const WaveRun& run, float* out, int count) noexcept
     {
         constexpr int next = (wave + 1) % numWaves;
         constexpr bool waveEdged = edged && WaveForm::hasEdges (wave), nextEdged = edged && WaveForm::hasEdges (next);

@@ -110,8 +110,10 @@ struct WaveForm
     static constexpr bool hasEdges (int w) noexcept { return w == 6 || w == 7 || w == 9; }
     WaveEdges edges() const noexcept
     {
-        const float m = multiple;
-        const float end = m - std::floor (m), middle = 0.5f * m - std::floor (0.5f * m);
+        // The multiple is at least 1, so a truncation is its floor (and vectorises, where floor
+        // is a call without SSE4.1).
+        const float m = multiple, half = 0.5f * m;
+        const float end = m - (float) (int) m, middle = half - (float) (int) half;
         WaveEdges e;
         switch (wave)
         {

@@ -136,7 +136,7 @@ float PdOscillator::step (bool audible, Run* run, int j) noexcept
         }
         else
         {
-            y = bandLimitedAt (formAt (dcwValue), phase);
+            y = bandLimitedAt (formAt (dcwValue), phase, ! synced);
         }
 
         y *= rmsGain;
@@ -144,7 +144,7 @@ float PdOscillator::step (bool audible, Run* run, int j) noexcept
         if (morph > 0.0f && wave != pwmWave && ! deferring)
         {
             const int next = (wave + 1) % numWaves;
-            const float n = next == pwmWave ? (pulseWidth > phase ? 1.0f : -1.0f) : bandLimitedAt (morphFormAt (dcwValue), phase);
+            const float n = next == pwmWave ? (pulseWidth > phase ? 1.0f : -1.0f) : bandLimitedAt (morphFormAt (dcwValue), phase, ! synced);
             y += (n * waveRmsGain()[(size_t) next] - y) * morph;
         }
 

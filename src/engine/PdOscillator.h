@@ -221,11 +221,12 @@ private:
     void wrapPhase() noexcept;
     float shapeAt (int w, float p, float dcw) const noexcept;
     const WaveForm& formAt (float dcw) noexcept;
-    // The wave's value with its edges smoothed, as a run gives it.
-    float bandLimitedAt (const WaveForm& f, float p) const noexcept
+    // The wave's value with its edges smoothed, as a run gives it. A step that sync has just
+    // restarted did not come round its wrap: the sync's own edge smooths that jump.
+    float bandLimitedAt (const WaveForm& f, float p, bool edges) const noexcept
     {
         const float y = f.at (p);
-        return WaveForm::hasEdges (f.wave) ? y + f.edges().at (p, increment) : y;
+        return edges && WaveForm::hasEdges (f.wave) ? y + f.edges().at (p, increment) : y;
     }
     const WaveForm& morphFormAt (float dcw) noexcept;
 };

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Real-time factor of morvane-render --bench on 40 notes over 10.5 s at 48 kHz in 512-sample blocks,
-# for the default patch, "reese classic" and every voice and master stage on (the same settings as
-# morvane-bench's patch 2). Best of RUNS (default 3). Usage: benchmarks/render_bench.sh [RENDER] [RUNS]
+# for the default patch, "reese classic", every voice and master stage on (the same settings as
+# morvane-bench's patch 2), and every stage with an LFO on the cut-off. Best of RUNS (default 3). Usage: benchmarks/render_bench.sh [RENDER] [RUNS]
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 render="${1:-$root/build/tools/morvane-render}"
@@ -38,3 +38,5 @@ factor() {
 printf '%-28s %sx\n' "default (init clean)" "$(factor)"
 printf '%-28s %sx\n' "reese classic" "$(factor --factory "reese classic")"
 printf '%-28s %sx\n' "every stage on" "$(factor "${every[@]}")"
+printf '%-28s %sx\n' "every stage, LFO on cut-off" "$(factor "${every[@]}" --set mod2Source=5 --set mod2Dest=1 --set mod2Amount=0.5 \
+                                                   --set lfo1Depth=1 --set lfo1Rate=3)"

@@ -96,7 +96,7 @@ void PdOscillator::completeRun (const Run& run, float* values, int count) const 
     if (first == count)
         return;
     const int next = (wave + 1) % numWaves;
-    addWaveRun (run.forWave (wave, rmsGain, waveRmsGain()[(size_t) next], count, first), values, count);
+    addWaveRun (run.forWave (wave, rmsGain, waveRmsGain()[(size_t) next], count, first, true), values, count);
 }
 
 float PdOscillator::step (bool audible, Run* run, int j) noexcept
@@ -132,11 +132,11 @@ float PdOscillator::step (bool audible, Run* run, int j) noexcept
         }
         else if (deferring)
         {
-            run->defer (j, phase, dcwValue, morph);
+            run->defer (j, phase, dcwValue, morph, increment);
         }
         else
         {
-            y = formAt (dcwValue).at (phase);
+            y = bandLimitedAt (formAt (dcwValue), phase, ! synced);
         }
 
         y *= rmsGain;
@@ -144,7 +144,7 @@ float PdOscillator::step (bool audible, Run* run, int j) noexcept
         if (morph > 0.0f && wave != pwmWave && ! deferring)
         {
             const int next = (wave + 1) % numWaves;
-            const float n = next == pwmWave ? (pulseWidth > phase ? 1.0f : -1.0f) : morphFormAt (dcwValue).at (phase);
+            const float n = next == pwmWave ? (pulseWidth > phase ? 1.0f : -1.0f) : bandLimitedAt (morphFormAt (dcwValue), phase, ! synced);
             y += (n * waveRmsGain()[(size_t) next] - y) * morph;
         }
 

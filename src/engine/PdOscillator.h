@@ -86,14 +86,15 @@ struct PdOscillator
     struct Run
     {
         static constexpr int capacity = 128;
-        float phase[capacity] {}, dcw[capacity] {}, morph[capacity] {};
+        float phase[capacity] {}, dcw[capacity] {}, morph[capacity] {}, increment[capacity] {};
         int deferred[capacity] {}; // 0 or 1, written for every step: an int, so that the passes vectorise
 
-        void defer (int j, float p, float d, float m) noexcept
+        void defer (int j, float p, float d, float m, float dt = 0.0f) noexcept
         {
             phase[j] = p;
             dcw[j] = d;
             morph[j] = m;
+            increment[j] = dt;
         }
         // The first deferred step of the first count, or count if there is none. A wave that
         // never defers (the pulse) finds that out in one pass over the lanes.
@@ -112,7 +113,7 @@ struct PdOscillator
         // The run's first count steps for one wave, gain and next wave's gain, from its first
         // deferred step. What the deferred steps share is gathered here in one pass over the
         // lanes, not at every step; steps not deferred hold stale values and are masked out.
-        WaveRun forWave (int wave, float gain, float nextGain, int count, int first) const noexcept
+        WaveRun forWave (int wave, float gain, float nextGain, int count, int first, bool bandLimited) const noexcept
         {
             // The bits are compared: a DCW is never NaN, and 0 against -0 only costs the run its
             // shortcut.
@@ -124,7 +125,7 @@ struct PdOscillator
                 moved |= deferred[j] & (int) (bitsOf (dcw[j]) != held);
                 morphs |= deferred[j] & (int) (morph[j] > 0.0f);
             }
-            return { wave, phase, dcw, morph, deferred, gain, nextGain, morphs != 0, moved == 0, heldDcw };
+            return { wave, phase, bandLimited ? increment : nullptr, dcw, morph, deferred, gain, nextGain, morphs != 0, moved == 0, heldDcw };
         }
 
     private:
@@ -157,7 +158,7 @@ struct PdOscillator
         stepDcw();
         run.deferred[j] = audible ? 1 : 0;
         if (audible)
-            run.defer (j, phase, dcwValue, morph);
+            run.defer (j, phase, dcwValue, morph, increment);
         else
             pendingStep = 0.0f;
         advancePhase();
@@ -220,6 +221,13 @@ private:
     void wrapPhase() noexcept;
     float shapeAt (int w, float p, float dcw) const noexcept;
     const WaveForm& formAt (float dcw) noexcept;
+    // The wave's value with its edges smoothed, as a run gives it. A step that sync has just
+    // restarted did not come round its wrap: the sync's own edge smooths that jump.
+    float bandLimitedAt (const WaveForm& f, float p, bool edges) const noexcept
+    {
+        const float y = f.at (p);
+        return edges && WaveForm::hasEdges (f.wave) ? y + f.edges().at (p, increment) : y;
+    }
     const WaveForm& morphFormAt (float dcw) noexcept;
 };
 }

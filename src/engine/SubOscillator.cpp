@@ -42,7 +42,7 @@ void SubOscillator::completeRun (const PdOscillator::Run& run, float* values, in
     if (first == count)
         return;
     if (usePd)
-        addWaveRun (run.forWave (wave, rmsGain, 0.0f, count, first), values, count);
+        addWaveRun (run.forWave (wave, rmsGain, 0.0f, count, first, false), values, count);
     else
         addSineRun (run.phase, run.deferred, values, count);
 }

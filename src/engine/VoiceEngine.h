@@ -119,6 +119,8 @@ public:
     // The sources the sums were last worked out from; equal sources give equal sums.
     std::array<float, numModSources> evaluatedSources {};
     bool matrixStale = true;
+    // The sums the sources' controls were last worked out from.
+    ModSums settledSums;
     float lastLfoRateSum = 0.0f;
     float lastLfoDepthSum = 0.0f;
     float osc2PhaseSum = 0.0f;
@@ -315,7 +317,8 @@ private:
     SlowControls slow;
     ChainControls chainSlow;
     bool anyControlSmoothing() const noexcept;
-    void updateSlowControls() noexcept;
+    void updateSlowControls (bool all) noexcept;
+    bool onlyChainMoved() const noexcept;
 
     // The sources and the chain run as two loops over each group of host samples, so that the
     // oscillators' waves of a whole group can be worked out in one vectorised pass between them.
@@ -326,10 +329,15 @@ private:
     {
         float filterEnvValue = 0.0f;
         bool controlsUpdated = false;
+        // The sources' and output's controls, and the chain's other than the cut-off, each worked
+        // out again only when a smoother moves, the chunk starts, or one of their own matrix sums
+        // has changed: otherwise they stand as they were.
+        bool settingsMoved = false, chainMoved = false;
         bool sourcesAlike = false;
         ChainSums sums;
     };
     std::vector<ChainStep> chainSteps;
+    ChainSums settledChainSums; // those the chain's controls beside the cut-off were last worked out from
     // The sub's shares before the drive and after the multiband drive, per oversampled sample.
     std::vector<float> subSends, subPosts;
     // One group of oversampled steps of the sources: each oscillator's deferred waves and its

@@ -71,6 +71,7 @@ struct PhaseModel
     std::array<float, 6> a {};
     std::array<float, 6> s {};
     bool stale = true; // corners wait for the next sample the chain actually runs
+    float spreadOffset = 0.0f, spread = 1.0f; // 2^octaveOffset, kept while the offset stands
 
     void rebuild (float rate) noexcept;
     float process (float x) noexcept;

@@ -58,13 +58,13 @@ void VoiceEngine::outputStage (juce::AudioBuffer<float>& buffer, int start, int 
     const OutputControls* applied = nullptr;
     for (int i = 0; i < n;)
     {
-        if (chainSteps[(size_t) i].controlsUpdated)
+        if (chainSteps[(size_t) i].settingsMoved)
         {
             applied = &outputControls[(size_t) i];
             applyModFxControls (*applied);
         }
         int end = i + 1;
-        while (end < n && ! (chainSteps[(size_t) end].controlsUpdated && (applied == nullptr || ! sameModFx (outputControls[(size_t) end], *applied))))
+        while (end < n && ! (chainSteps[(size_t) end].settingsMoved && (applied == nullptr || ! sameModFx (outputControls[(size_t) end], *applied))))
             ++end;
         ModFx::processPair (modFx[Side::left], modFx[Side::right], wetLeft + i, wetRight + i, end - i);
         i = end;
@@ -72,7 +72,7 @@ void VoiceEngine::outputStage (juce::AudioBuffer<float>& buffer, int start, int 
 
     for (int i = 0; i < n; ++i)
     {
-        if (chainSteps[(size_t) i].controlsUpdated)
+        if (chainSteps[(size_t) i].settingsMoved)
             applyEqControls (outputControls[(size_t) i]);
         if (postEq.enabled)
             postEq.process (wetLeft[i], wetRight[i]);

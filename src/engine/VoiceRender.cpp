@@ -251,7 +251,7 @@ void VoiceEngine::renderChain (int first, int end, int leftMode, bool multibandI
     for (int i = first; i < end; ++i)
     {
         const auto& step = chainSteps[(size_t) i];
-        if (step.controlsUpdated)
+        if (step.chainMoved)
             updateChainControls (leftMode, step.sums);
         const auto& c = chainSlow;
 
@@ -354,7 +354,7 @@ bool VoiceEngine::multibandStaysOff (int first, int end) const noexcept
     if (multiband.running())
         return false;
     for (int i = first; i < end; ++i)
-        if (chainSteps[(size_t) i].controlsUpdated)
+        if (chainSteps[(size_t) i].chainMoved)
             return false;
     return true;
 }
@@ -378,7 +378,7 @@ void VoiceEngine::renderMultiband (int first, int end, int leftMode) noexcept
     const auto workAhead = [&]
     {
         for (; worked < end; ++worked)
-            if (chainSteps[(size_t) worked].controlsUpdated)
+            if (chainSteps[(size_t) worked].chainMoved)
             {
                 const auto settings = multibandSettings (leftMode, chainSteps[(size_t) worked].sums);
                 if (! (multibandAppliedValid && settings == multibandApplied))

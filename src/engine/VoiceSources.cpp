@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace morvane
 {
@@ -32,6 +33,18 @@ namespace
             m.posts[q] = m.postShare[q] * sub;
         }
     }
+}
+
+// An LFO or an envelope on the cut-off moves the sums on every host sample, and the chain alone
+// follows them: the sources' controls would be worked out again to the same values. Compared by
+// their bits, so that a sum's sign of zero is not lost either.
+bool VoiceEngine::onlyChainMoved() const noexcept
+{
+    ModSums probe = sums;
+    for (int d : { dest::cutoff, dest::filterEnv, dest::drive, dest::resonance, dest::phaseMix, dest::phaseNotch,
+                   dest::feedback, dest::mbdLow, dest::mbdMid, dest::mbdHigh })
+        probe.sum[(size_t) d] = settledSums.sum[(size_t) d];
+    return std::memcmp (&probe, &settledSums, sizeof (ModSums)) == 0;
 }
 
 // The first of a chunk's two loops: per host sample the modulation sources, the matrix and the
@@ -102,12 +115,25 @@ void VoiceEngine::renderSources (int first, int end, bool controlsMove, float ch
         auto& step = chainSteps[(size_t) i];
         step.filterEnvValue = filterEnvValue;
         step.controlsUpdated = controlsMove || sourcesMoved || i == 0;
+        step.settingsMoved = controlsMove || i == 0 || (sourcesMoved && ! onlyChainMoved());
+        step.chainMoved = false;
+        if (step.settingsMoved)
+        {
+            updateSlowControls (controlsMove || i == 0);
+            settledSums = sums;
+        }
         if (step.controlsUpdated)
         {
-            updateSlowControls();
             step.sums = { sums[dest::drive], sums[dest::cutoff], sums[dest::filterEnv], sums[dest::resonance],
                           sums[dest::phaseMix], sums[dest::phaseNotch], sums[dest::feedback],
                           sums[dest::mbdLow], sums[dest::mbdMid], sums[dest::mbdHigh] };
+            // The cut-off's own sums are read by the cut-off alone, ahead of the chain's loop.
+            auto probe = step.sums;
+            probe.cutoff = settledChainSums.cutoff;
+            probe.filterEnv = settledChainSums.filterEnv;
+            step.chainMoved = controlsMove || i == 0 || std::memcmp (&probe, &settledChainSums, sizeof (ChainSums)) != 0;
+            if (step.chainMoved)
+                settledChainSums = step.sums;
         }
         const auto& c = slow;
 
@@ -142,7 +168,7 @@ void VoiceEngine::renderSources (int first, int end, bool controlsMove, float ch
             sub.setFrequency (subHz);
 
         // 11. Host-rate output controls, output gain with the amp envelope, noise around the chain.
-        if (step.controlsUpdated)
+        if (step.settingsMoved)
             outputControls[(size_t) i] = c.output;
         gainBuffer[(size_t) i] = c.outGain * ampEnvValue * c.ampFactor;
         // Silent noise draws nothing, so a patch without noise pays nothing for it.
@@ -158,7 +184,7 @@ void VoiceEngine::renderSources (int first, int end, bool controlsMove, float ch
         // A pair's settings other than its frequencies are among the controls above, so the
         // locks need a look only when those were worked out again or a locked pair's frequencies
         // part. A pair already apart whose frequencies differ cannot lock.
-        if (step.controlsUpdated || (pairLocked[0] && oscillators[1].frequency != oscillators[0].frequency)
+        if (step.settingsMoved || (pairLocked[0] && oscillators[1].frequency != oscillators[0].frequency)
             || (pairLocked[1] && oscillators[3].frequency != oscillators[2].frequency))
             updatePairLocks();
         step.sourcesAlike = (pairLocked[0] || ! audible1) && (pairLocked[1] || ! audible2) && ! noiseHeard;

@@ -20,10 +20,13 @@ namespace
 {
     // Kept out of line: inlined into the dispatch below, its loop is no longer vectorised.
     // While the DCW holds, the wave's constants are made once rather than in every lane.
-    template <int wave, bool withMorph, bool dcwHolds>
-    __attribute__ ((noinline)) void addRun (const WaveRun& run, float* out, int count) noexcept
+    // Flattened: the edges' helpers must be inlined for the loop to run in vector lanes.
+    template <int wave, bool withMorph, bool dcwHolds, bool edged = false>
+    __attribute__ ((noinline, flatten)) void addRun (const WaveRun& run, float* out, int count) noexcept
     {
         constexpr int next = (wave + 1) % numWaves;
+        constexpr bool waveEdged = edged && WaveForm::hasEdges (wave), nextEdged = edged && WaveForm::hasEdges (next);
+        const float* const increment = run.increment;
         // Locals, so that no store to out can be taken to move them.
         const float* const phase = run.phase;
         const float* const dcw = run.dcw;
@@ -34,17 +37,25 @@ namespace
         const WaveForm heldNext = WaveForm::make (next, run.heldDcw, 16.0f);
         const float heldA = held.a, heldB = held.b, heldMultiple = held.multiple;
         const float heldNextA = heldNext.a, heldNextB = heldNext.b, heldNextMultiple = heldNext.multiple;
+        const WaveEdges heldEdges = waveEdged ? held.edges() : WaveEdges {};
+        const WaveEdges heldNextEdges = nextEdged ? heldNext.edges() : WaveEdges {};
         for (int j = 0; j < count; ++j)
         {
             const float p = phase[j];
             const WaveForm f = dcwHolds ? WaveForm { wave, heldA, heldB, heldMultiple } : WaveForm::make (wave, dcw[j], 16.0f);
-            float y = f.at (p) * gain;
+            float y = f.at (p);
+            if constexpr (waveEdged)
+                y += (dcwHolds ? heldEdges : f.edges()).at (p, increment[j]);
+            y *= gain;
             // A morph towards the pulse needs its width: those steps are not deferred.
             if constexpr (withMorph && next != pwmWave)
             {
                 const WaveForm n = dcwHolds ? WaveForm { next, heldNextA, heldNextB, heldNextMultiple }
                                             : WaveForm::make (next, dcw[j], 16.0f);
-                y += (n.at (p) * nextGain - y) * morph[j];
+                float v = n.at (p);
+                if constexpr (nextEdged)
+                    v += (dcwHolds ? heldNextEdges : n.edges()).at (p, increment[j]);
+                y += (v * nextGain - y) * morph[j];
             }
             out[j] = keep[j] != 0 ? out[j] + y : out[j];
         }
@@ -53,6 +64,18 @@ namespace
     template <int wave>
     void addRunOf (const WaveRun& run, float* out, int count) noexcept
     {
+        // Only the oscillators band-limit the edges (the subs do not), and only waves 6, 7 and 9,
+        // and the morph from 5 and 6, have any.
+        constexpr bool edges = WaveForm::hasEdges (wave) || WaveForm::hasEdges ((wave + 1) % numWaves);
+        if constexpr (edges)
+            if (run.increment != nullptr)
+            {
+                if (run.withMorph)
+                    run.dcwHolds ? addRun<wave, true, true, true> (run, out, count) : addRun<wave, true, false, true> (run, out, count);
+                else
+                    run.dcwHolds ? addRun<wave, false, true, true> (run, out, count) : addRun<wave, false, false, true> (run, out, count);
+                return;
+            }
         if (run.withMorph)
             run.dcwHolds ? addRun<wave, true, true> (run, out, count) : addRun<wave, true, false> (run, out, count);
         else

@@ -110,9 +110,13 @@ std::vector<Bytes> seeds()
         track.addEvent (juce::MidiMessage::controllerEvent (2, 74, 100), 30);
         track.addEvent (juce::MidiMessage::noteOff (2, 40), 125);
         juce::MidiFile file;
-        file.setSmpteTimeFormat (25, 40);
         file.addTrack (track);
-        out.push_back (writeSeed (file));
+        // SMPTE time, 25 frames of 40 subframes, written into the header's division field by hand:
+        // the framework's setter shifts a negative number, which is undefined behaviour.
+        auto seed = writeSeed (file);
+        seed[12] = (char) (juce::uint8) -25;
+        seed[13] = 40;
+        out.push_back (std::move (seed));
     }
     return out;
 }

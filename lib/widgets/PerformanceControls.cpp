@@ -1,5 +1,6 @@
 #include "PerformanceControls.h"
 #include "Accessibility.h"
+#include "GrabCursor.h"
 
 namespace ostrel::widgets
 {
@@ -10,7 +11,7 @@ PerformanceControl::PerformanceControl(Kind k, const juce::String& labelText, co
     setTitle(title);
     setWantsKeyboardFocus(true);
     setSize(k == Kind::pad ? 96 : 44, 96);
-    setMouseCursor(k == Kind::pad ? juce::MouseCursor::DraggingHandCursor : juce::MouseCursor::UpDownResizeCursor);
+    setMouseCursor(k == Kind::pad ? grabCursor() : juce::MouseCursor(juce::MouseCursor::UpDownResizeCursor));
 }
 
 PerformanceControl::~PerformanceControl() = default;

@@ -88,9 +88,9 @@ public:
     juce::String getPresetSource() const;
     void setPresetName (const juce::String& name);
     void setPresetIdentity (const juce::String& name, const juce::String& source);
-    bool isPresetDirty() const noexcept { return presetDirty; }
-    int getActiveView() const noexcept { return activeView; }
-    void setActiveView (int view) noexcept { activeView = view; }
+    bool isPresetDirty() const noexcept { return presetDirty.load(); }
+    int getActiveView() const noexcept { return activeView.load(); }
+    void setActiveView (int view) noexcept { activeView.store (view); }
 
     // MIDI learn, message side.
     int findParameterIndex (const juce::String& id) const;
@@ -182,9 +182,11 @@ private:
     DirtyTracker dirtyTracker { *this };
     juce::CriticalSection presetLock;
     juce::String presetName, presetSource;
-    bool presetDirty = false;
-    int activeView = 0;
-    bool loadingPreset = false;
+    // Atomics: a host may automate or ask for the state on a thread of its own, and parameter
+    // listeners run on the thread that made the change.
+    std::atomic<bool> presetDirty { false };
+    std::atomic<int> activeView { 0 };
+    std::atomic<bool> loadingPreset { false };
     std::atomic<bool> panicRequested { false };
 
     double currentSampleRate = 44100.0;

@@ -240,8 +240,8 @@ void MorvaneAudioProcessor::getStateInformation (juce::MemoryBlock& destData)
         if (presetSource.isNotEmpty())
             ui.setProperty ("presetSource", presetSource, nullptr);
     }
-    ui.setProperty ("presetDirty", presetDirty ? 1 : 0, nullptr);
-    ui.setProperty ("activeView", activeView, nullptr);
+    ui.setProperty ("presetDirty", presetDirty.load() ? 1 : 0, nullptr);
+    ui.setProperty ("activeView", activeView.load(), nullptr);
     {
         const juce::ScopedLock lock (phraseLock);
         if (! phraseEdit.isEmpty())
@@ -266,8 +266,9 @@ void MorvaneAudioProcessor::setStateInformation (const void* data, int sizeInByt
     if (! tree.isValid() || ! tree.hasType (parameters.state.getType()))
         return;
 
+    // The tree's replaceState has cleared the undo history under the tree's own lock; clearing it
+    // again here, on a host's thread, would race with the message thread's writes to the history.
     replaceTree (tree);
-    undoManager.clearUndoHistory();
 
     for (auto& entry : ccToParameter)
         entry.store (-1);

@@ -5,6 +5,7 @@
 #include "ui/theme/Surfaces.h"
 #include "ui/theme/Tokens.h"
 #include "ui/theme/Typography.h"
+#include "widgets/GrabCursor.h"
 
 namespace morvane::ui::widgets
 {
@@ -110,7 +111,7 @@ SourceChip::SourceChip (const juce::String& id, const juce::String& t)
 {
     setSize (156, 44);
     setWantsKeyboardFocus (true);
-    setMouseCursor (juce::MouseCursor::DraggingHandCursor);
+    setMouseCursor (ostrel::widgets::grabCursor());
     setTitle (text);
     updateHelp();
 }
@@ -138,7 +139,7 @@ void SourceChip::setDraggable (bool d)
     if (d == draggable)
         return;
     draggable = d;
-    setMouseCursor (d ? juce::MouseCursor::DraggingHandCursor : juce::MouseCursor::PointingHandCursor);
+    setMouseCursor (d ? ostrel::widgets::grabCursor() : juce::MouseCursor (juce::MouseCursor::PointingHandCursor));
     updateHelp();
     repaint();
 }

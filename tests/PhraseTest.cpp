@@ -155,6 +155,16 @@ TEST (Phrase, TiesHoldRestsAreSilentAndEveryWayOfStoppingReleases)
     EXPECT_EQ (p->getEngine().currentNote, 40);
     EXPECT_EQ (p->getHeldCount(), 1);
 
+    // A tied step with nothing sounding starts its own note.
+    p->setPhrasePlaying (false);
+    playTo (64);
+    ASSERT_TRUE (phraseFromText ("G2 tie\nrest\n", pattern).isEmpty());
+    p->setPhrase (pattern);
+    p->setPhrasePlaying (true);
+    playTo (64);
+    EXPECT_EQ (p->getEngine().currentNote, 43);
+    EXPECT_EQ (p->getHeldCount(), 1);
+
     HostHead head;
     const std::pair<const char*, std::function<void()>> stops[] = {
         { "PLAY off", [&] { p->setPhrasePlaying (false); } },

@@ -69,6 +69,7 @@ TEST (PlayOverlay, EditsReachTheProcessorAndNothingOutlivesTheOverlay)
     const auto pattern = o.p.getPhrase();
     EXPECT_EQ (pattern.steps[0], (PhraseNote { 40, false, true }));
     EXPECT_FLOAT_EQ (pattern.swing, 0.62f);
+    EXPECT_FLOAT_EQ (pattern.velocityScale, 0.85f) << "the velocity slider starts at 0.85";
 
     EXPECT_TRUE (overlay.keyPressed (juce::KeyPress (juce::KeyPress::spaceKey)));
     EXPECT_TRUE (o.p.isPhrasePlaying());
@@ -76,6 +77,12 @@ TEST (PlayOverlay, EditsReachTheProcessorAndNothingOutlivesTheOverlay)
     EXPECT_EQ (o.held(), 1) << "the processor plays the first step at once";
     overlay.syncWithProcessor();
     EXPECT_EQ (overlay.phraseGrid.getPlayheadStep(), 0) << "the playhead comes from the audio thread";
+    o.p.setPhrasePlaying (false); // as a host's stop does
+    overlay.syncWithProcessor();
+    EXPECT_FALSE (overlay.isPlaying());
+    EXPECT_FALSE (overlay.playButton.getToggleState());
+    EXPECT_EQ (overlay.phraseGrid.getPlayheadStep(), -1);
+    EXPECT_TRUE (overlay.keyPressed (juce::KeyPress (juce::KeyPress::spaceKey)));
 
     // Closing the editor mid-phrase, with a key held under HOLD, leaves nothing sounding.
     overlay.holdButton.setToggleState (true, juce::dontSendNotification);

@@ -702,3 +702,77 @@ TEST_P (Hosting, HostBypassFadesTheHeldNoteAndReturnsClean)
     EXPECT_LT (returned, 1.0e-3f) << "the held note does not come back";
     plugin->releaseResources();
 }
+
+// Two instances in one host, both editors open and their timers running: the second plays exactly
+// as it does alone while the first plays another patch beside it, and closing the first's editor
+// leaves the second's whole.
+TEST_P (Hosting, TwoInstancesWithOpenEditorsPlayAsEachWouldAlone)
+{
+    TempDir temp;
+    const auto patch = makePatch (temp);
+    const auto phrase = temp.file ("phrase.mid");
+    writePhrase (phrase, 48000.0);
+    const auto events = readPhrase (phrase, 48000.0);
+    constexpr int total = 48000;
+
+    auto alone = instantiate (48000.0, 256);
+    ASSERT_NE (alone, nullptr);
+    restore (*alone, patch);
+    alone->prepareToPlay (48000.0, 256);
+    const auto expected = play (*alone, events, total, 256);
+    alone->releaseResources();
+    alone.reset();
+
+    auto first = instantiate (48000.0, 256);
+    auto second = instantiate (48000.0, 256);
+    ASSERT_TRUE (first != nullptr && second != nullptr);
+    restore (*second, patch);
+    std::unique_ptr<juce::AudioProcessorEditor> editors[] = { std::unique_ptr<juce::AudioProcessorEditor> (first->createEditorIfNeeded()),
+                                                              std::unique_ptr<juce::AudioProcessorEditor> (second->createEditorIfNeeded()) };
+    for (auto& editor : editors)
+    {
+        ASSERT_NE (editor, nullptr);
+        editor->addToDesktop (0);
+        editor->setVisible (true);
+    }
+    for (auto* p : { first.get(), second.get() })
+        p->prepareToPlay (48000.0, 256);
+
+    // The first plays its own line, its controllers moving; the message loop runs both editors'
+    // timers between blocks.
+    std::vector<TimedEvent> other;
+    for (int n = 0; n < 8; ++n)
+        other.push_back ({ (juce::int64) n * 6000, juce::MidiMessage::noteOn (1, 40 + n, (juce::uint8) 100) });
+    juce::AudioBuffer<float> together (second->getTotalNumOutputChannels(), total), block (together.getNumChannels(), 256),
+        otherBlock (first->getTotalNumOutputChannels(), 256);
+    juce::MidiBuffer midi, otherMidi;
+    size_t next = 0, nextOther = 0;
+    for (int pos = 0; pos < total; pos += 256)
+    {
+        const int n = std::min (256, total - pos);
+        block.setSize (block.getNumChannels(), n, false, false, true);
+        otherBlock.setSize (otherBlock.getNumChannels(), n, false, false, true);
+        block.clear();
+        otherBlock.clear();
+        midi.clear();
+        otherMidi.clear();
+        for (; next < events.size() && events[next].sample < pos + n; ++next)
+            midi.addEvent (events[next].message, (int) std::max<juce::int64> (events[next].sample - pos, 0));
+        for (; nextOther < other.size() && other[nextOther].sample < pos + n; ++nextOther)
+            otherMidi.addEvent (other[nextOther].message, (int) (other[nextOther].sample - pos));
+        otherMidi.addEvent (juce::MidiMessage::controllerEvent (1, 1, (pos / 256) % 128), 0);
+        first->processBlock (otherBlock, otherMidi);
+        second->processBlock (block, midi);
+        for (int ch = 0; ch < together.getNumChannels(); ++ch)
+            together.copyFrom (ch, pos, block, ch, 0, n);
+        if (pos % 2560 == 0)
+            juce::MessageManager::getInstance()->runDispatchLoopUntil (30);
+        if (pos == 24064)
+            editors[0].reset();
+    }
+    EXPECT_LE (largestDifference (together, expected), 1.0e-6f);
+    editors[1].reset();
+    juce::MessageManager::getInstance()->runDispatchLoopUntil (50);
+    first->releaseResources();
+    second->releaseResources();
+}

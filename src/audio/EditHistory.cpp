@@ -16,8 +16,24 @@ EditHistory::~EditHistory()
         parameter->removeListener (this);
 }
 
-// Copying the state is the tree's only public way to take in the values it hasn't recorded yet.
-void EditHistory::flush() { state.copyState(); }
+// The tree takes in a parameter's new value on its own timer; a step must hold its edit's values
+// before the next one opens, so they are written in here. Not through copyState: that takes the
+// tree's lock, and a gesture's callback already holds the parameter's listener lock, the reverse
+// of the order in which a host's state restore takes the two.
+void EditHistory::flush()
+{
+    for (auto child : state.state)
+    {
+        if (! child.hasProperty ("id"))
+            continue;
+        const auto* raw = state.getRawParameterValue (child.getProperty ("id").toString());
+        if (raw == nullptr)
+            continue;
+        const float value = raw->load();
+        if ((float) child.getProperty ("value") != value)
+            child.setProperty ("value", value, &undoManager);
+    }
+}
 
 void EditHistory::openStep()
 {

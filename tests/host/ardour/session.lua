@@ -35,7 +35,9 @@ if mode == "create" then
 		assert (ARDOUR.LuaAPI.set_processor_param (p, tonumber (param), tonumber (value)), "cannot set the parameter")
 		export (s, out .. "-changed")
 	end
-	s:save_state ("", false, false, false, false, false)
+	assert (s:save_state ("", false, false, false, false, false) == 0, "the session was not saved")
+	-- ardour7-lua can crash on its way out: this line tells the check the session is whole.
+	print ("morvane-check: saved")
 else
 	local s = load_session (dir .. "/session", "session")
 	assert (s, "cannot reopen the session")

@@ -47,6 +47,7 @@ TEST (MatrixWiring, DropsFillSlotsReuseTheirDestinationAndStopWhenFull)
     EXPECT_EQ (m.raw ("mod1Source"), 0.0f);
     EXPECT_EQ (m.raw ("mod1Dest"), 1.0f);
     EXPECT_EQ (matrix::modulationStatusText (m.p, 1), "");
+    EXPECT_EQ (matrix::findSlotForDestination (m.p, 1), 0) << "a slot whose source is off is no route";
     ASSERT_TRUE (matrix::assignSourceToDestination (m.p, 5, 1));
     EXPECT_NEAR (m.raw ("mod1Amount"), 0.35f, 1e-4f);
     test::setParameter (m.p, "mod1Amount", 0.0f);

@@ -13,11 +13,7 @@ runs="${3:-3}"
 work="$(mktemp -d)"
 trap 'rm -rf "$work"' EXIT
 
-notes=()
-line=(36 36 48 39 36 43 41 34)
-for i in $(seq 0 39); do
-  notes+=(--note "${line[$((i % 8))]}:0.9:$(awk -v i="$i" 'BEGIN { printf "%.2f", i * 0.25 }'):0.2")
-done
+source "$root/benchmarks/bench_notes.sh"
 
 once() {
   local x

@@ -9,11 +9,7 @@ runs="${2:-3}"
 out="$(mktemp --suffix=.wav)"
 trap 'rm -f "$out"' EXIT
 
-notes=()
-line=(36 36 48 39 36 43 41 34)
-for i in $(seq 0 39); do
-  notes+=(--note "${line[$((i % 8))]}:0.9:$(awk -v i="$i" 'BEGIN { printf "%.2f", i * 0.25 }'):0.2")
-done
+source "$root/benchmarks/bench_notes.sh"
 
 every=(--set osc1Wave=5 --set osc1DcwDepth=0.8 --set osc2Wave=8 --set osc2Level=-3 --set pdMorphAmount=0.3
        --set glideTime=0.03 --set filterCutoff=800 --set filterReso=0.5 --set filterEnvAmount=24
